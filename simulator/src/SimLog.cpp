@@ -1,0 +1,133 @@
+// dlog_print and the log part of the control API: every line is captured for tests and,
+// when asked, echoed to stderr in a readable one-line form.
+#include <dlog.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <mutex>
+
+#include "sim/Simulator.h"
+
+namespace sim {
+namespace {
+
+struct LogState {
+    std::mutex mutex;
+    std::deque<LogLine> lines;
+    bool capture = true;
+    std::size_t limit = 200000;
+    bool echo = false;
+    std::function<void(const LogLine&)> listener;
+
+    LogState() {
+        const char* env = std::getenv("VYRSIM_LOG");
+        echo = env != nullptr && env[0] != '\0' && std::strcmp(env, "0") != 0;
+    }
+};
+
+LogState& State() {
+    static LogState* state = new LogState();  // never destroyed: plugin threads may log at exit
+    return *state;
+}
+
+char PriorityLetter(int priority) {
+    static const char kLetters[] = "?DVDIWEFS";
+    return priority >= 0 && priority <= DLOG_SILENT ? kLetters[priority] : '?';
+}
+
+}  // namespace
+
+std::vector<LogLine> Log::Lines() {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return {s.lines.begin(), s.lines.end()};
+}
+
+void Log::Clear() {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.lines.clear();
+}
+
+std::size_t Log::Count(const std::string& needle, const std::string& tag) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    std::size_t n = 0;
+    for (const auto& line : s.lines) {
+        if ((tag.empty() || line.tag == tag) && line.text.find(needle) != std::string::npos) ++n;
+    }
+    return n;
+}
+
+bool Log::Contains(const std::string& needle, const std::string& tag) {
+    return Count(needle, tag) > 0;
+}
+
+void Log::SetCapture(bool on, std::size_t limit) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.capture = on;
+    s.limit = limit;
+    while (s.lines.size() > s.limit) s.lines.pop_front();
+}
+
+void Log::SetEcho(bool on) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.echo = on;
+}
+
+void Log::SetListener(std::function<void(const LogLine&)> listener) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.listener = std::move(listener);
+}
+
+void ResetLogForTests() {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.lines.clear();
+    s.capture = true;
+    s.limit = 200000;
+}
+
+}  // namespace sim
+
+extern "C" int dlog_print(log_priority prio, const char* tag, const char* fmt, ...) {
+    if (fmt == nullptr) return -1;
+    va_list args;
+    va_start(args, fmt);
+    va_list copy;
+    va_copy(copy, args);
+    int length = std::vsnprintf(nullptr, 0, fmt, copy);
+    va_end(copy);
+    std::string text;
+    if (length > 0) {
+        text.resize(static_cast<std::size_t>(length));
+        std::vsnprintf(&text[0], text.size() + 1, fmt, args);
+    }
+    va_end(args);
+
+    sim::LogLine line{static_cast<int>(prio), tag != nullptr ? tag : "", std::move(text)};
+    std::function<void(const sim::LogLine&)> listener;
+    {
+        auto& s = sim::State();
+        std::lock_guard<std::mutex> lock(s.mutex);
+        if (s.echo) {
+            std::string shown = line.text;
+            while (!shown.empty() && shown.back() == '\n') shown.pop_back();
+            std::fprintf(stderr, "%c/%-11s %s\n", sim::PriorityLetter(line.priority),
+                         line.tag.c_str(), shown.c_str());
+        }
+        listener = s.listener;
+        if (s.capture) {
+            s.lines.push_back(line);
+            while (s.lines.size() > s.limit) s.lines.pop_front();
+        }
+    }
+    if (listener) listener(line);
+    return length;
+}
