@@ -3,6 +3,7 @@ BUILD      ?= build
 BUILD_TYPE ?= RelWithDebInfo
 CMAKE_ARGS ?=
 JOBS       ?= 2
+CTEST_ARGS ?=
 
 .PHONY: all deps configure build run test bench fuzz clean
 
@@ -21,7 +22,7 @@ run: build
 	@$(BUILD)/bin/ircontrol-host demo
 
 test: build
-	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
 bench: build
 	@$(BUILD)/bin/ircontrol-bench --benchmark_out=$(BUILD)/bench-results.json --benchmark_out_format=json
