@@ -76,7 +76,9 @@ public:
     void removeMember(const std::string& name);
 
 private:
-    std::unique_ptr<ChildManager> children_;
+    ChildManager& cache() const;  // a moved-from value gets a fresh cache when reused
+
+    mutable std::unique_ptr<ChildManager> children_;
 };
 
 }  // namespace common::json

@@ -21,6 +21,8 @@ using NodeOwner = std::unique_ptr<JsonNode, void (*)(JsonNode*)>;
 namespace bugfix {
 // Leaves `node` null so that the next re-initialisation cannot release the old payload twice.
 void clear_node(JsonNode* node);
+// Whether this json-glib's nodes can be cleared in place (checked by the tests).
+bool Supported();
 }  // namespace bugfix
 
 class SharedJson {
@@ -31,7 +33,7 @@ public:
     explicit SharedJson(double value);
     explicit SharedJson(long long value);
     explicit SharedJson(bool value);
-    explicit SharedJson(NodeOwner owner);      // takes over the reference; designates it
+    explicit SharedJson(NodeOwner owner);      // takes over the reference; designates the node
     SharedJson(NodeOwner owner, JsonNode* node);  // child handle: owner keeps `node` alive
     SharedJson(const SharedJson& other);       // one more reference, same node
     SharedJson& operator=(const SharedJson& other);
