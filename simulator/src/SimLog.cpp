@@ -9,6 +9,7 @@
 #include <deque>
 #include <mutex>
 
+#include "SimInternal.h"
 #include "sim/Simulator.h"
 
 namespace sim {
@@ -86,12 +87,13 @@ void Log::SetListener(std::function<void(const LogLine&)> listener) {
     s.listener = std::move(listener);
 }
 
-void ResetLogForTests() {
+void internal::ResetLog() {
     auto& s = State();
     std::lock_guard<std::mutex> lock(s.mutex);
     s.lines.clear();
     s.capture = true;
     s.limit = 200000;
+    s.listener = nullptr;
 }
 
 }  // namespace sim

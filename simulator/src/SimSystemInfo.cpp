@@ -4,6 +4,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "SimInternal.h"
 #include "sim/Simulator.h"
 
 namespace sim {
@@ -33,6 +34,8 @@ void SystemInfo::SetMbrSupport(std::optional<bool> value) {
     std::lock_guard<std::mutex> lock(State().mutex);
     State().mbrSupport = value;
 }
+
+void internal::ResetSystemInfo() { SystemInfo::Reset(); }
 
 void SystemInfo::Reset() {
     std::lock_guard<std::mutex> lock(State().mutex);
