@@ -56,6 +56,12 @@ private:
 #define VYRF_LOG_LEAVE(tag)                                                                  \
     dlog_print(DLOG_INFO, tag, "%s : %s(%d) > Left\n", ::common::log::BaseName(__FILE__),    \
                __func__, __LINE__)
+#define VYRF_LOG_ENTER_AT(prio, tag)                                                         \
+    dlog_print(prio, tag, "%s : %s(%d) > Entered\n", ::common::log::BaseName(__FILE__),      \
+               __func__, __LINE__)
+#define VYRF_LOG_LEAVE_AT(prio, tag)                                                         \
+    dlog_print(prio, tag, "%s : %s(%d) > Left\n", ::common::log::BaseName(__FILE__),         \
+               __func__, __LINE__)
 #define VYRF_LOG_SCOPE(tag)                                                                  \
     ::common::log::ScopeTrace vyrf_scope_trace_(tag, ::common::log::BaseName(__FILE__),      \
                                                 __func__, __LINE__)

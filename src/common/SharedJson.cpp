@@ -1,5 +1,6 @@
 #include "SharedJson.h"
 
+#include <dlfcn.h>
 #include <json-glib/json-glib.h>
 
 #include <cstdint>
@@ -77,7 +78,22 @@ NodeOwner Hold(JsonNode* root) {
     return Own(node);
 }
 
+// json-glib registers GObject types, which GObject keeps for the life of the process; if
+// json-glib were unmapped together with a plugin that brought it in, a later load would find
+// types pointing into freed code. So the first parse pins json-glib in memory for good.
+void PinJsonGlib() {
+    static const bool pinned = [] {
+        Dl_info info{};
+        if (dladdr(reinterpret_cast<void*>(&json_parser_new), &info) == 0 || info.dli_fname == nullptr) {
+            return false;
+        }
+        return dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) != nullptr;
+    }();
+    (void)pinned;
+}
+
 SharedJson Parse(const char* text, gssize length) {
+    PinJsonGlib();
     if (text == nullptr) return SharedJson();
     const size_t size = length < 0 ? std::strlen(text) : static_cast<size_t>(length);
     if (NestsTooDeep(text, size)) {

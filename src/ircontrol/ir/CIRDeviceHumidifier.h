@@ -1,0 +1,14 @@
+// A humidifier: accepts the key codes of its allow-list, sent as H-codeset commands.
+#pragma once
+
+#include "ir/CIRDevice.h"
+
+namespace ircontrol {
+
+class CIRDeviceHumidifier : public CIRDevice {
+public:
+    ~CIRDeviceHumidifier() override;
+    void BlastIR(const std::string& json) override;
+};
+
+}  // namespace ircontrol

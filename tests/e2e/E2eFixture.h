@@ -1,0 +1,76 @@
+// Shared set-up of the end-to-end tests: a fresh simulator, a pairing list, and the plugin
+// loaded from the build the way the TV's host loads it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "PluginLoader.h"
+#include "sim/Simulator.h"
+
+namespace irctest {
+
+inline constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
+inline constexpr char kService[] = "ircontrol";
+inline constexpr auto kAnswerDeadline = std::chrono::seconds(10);
+
+inline std::string KeyPayload(const std::string& type, const std::string& codeset, int key) {
+    return "{\"x.com.korvan.deviceType\":\"" + type + "\",\"x.com.korvan.codesetName\":\"" +
+           codeset + "\",\"x.com.korvan.codesetKey\":" + std::to_string(key) + "}";
+}
+
+inline std::string AcPayload(const std::string& codeset, const std::string& power,
+                             const std::string& mode, int setpoint, const std::string& fan) {
+    return "{\"x.com.korvan.deviceType\":\"oic.d.airconditioner\",\"x.com.korvan.codesetName\":\"" +
+           codeset + "\",\"x.com.korvan.codesetKey\":0,\"x.com.korvan.acState\":{" +
+           "\"x.com.korvan.power\":\"" + power + "\",\"x.com.korvan.mode\":\"" + mode +
+           "\",\"x.com.korvan.coolingSetpoint\":" + std::to_string(setpoint) +
+           ",\"x.com.korvan.fanSpeed\":\"" + fan + "\"}}";
+}
+
+class PluginTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        sim::ResetAll();
+        sim::Settings::SetString(
+            kDevicesKey,
+            R"({"dev_info":[{"codeset":"HFAN0001","device_index":3},)"
+            R"({"codeset":"ZAC00005","device_index":7}]})");
+        plugin_ = std::make_unique<PluginLoader>(IRC_PLUGIN_PATH);
+    }
+
+    void TearDown() override {
+        if (plugin_) {
+            plugin_->Destroy();
+            EXPECT_TRUE(plugin_->Unload()) << "the plugin stayed mapped after dlclose";
+        }
+    }
+
+    static uint64_t SendKey(const std::string& payload) {
+        return sim::Host::SendSet(kService, {sim::HostProperty::Json("setKeyEvent", payload)});
+    }
+
+    // The answer's two texts, or nullopt when none came before the deadline.
+    static std::optional<std::pair<std::string, std::string>> AnswerOf(uint64_t transaction) {
+        auto result = sim::Host::WaitResult(transaction, kAnswerDeadline);
+        if (!result) return std::nullopt;
+        EXPECT_EQ(result->properties.size(), 2u);
+        if (result->properties.size() != 2) return std::nullopt;
+        const auto& code = result->properties[0];
+        const auto& desc = result->properties[1];
+        EXPECT_EQ(code.name, "errorCode");
+        EXPECT_EQ(desc.name, "description");
+        EXPECT_EQ(code.kind, sim::HostProperty::Kind::String);
+        EXPECT_EQ(desc.kind, sim::HostProperty::Kind::String);
+        return std::make_pair(code.text, desc.text);
+    }
+
+    std::unique_ptr<PluginLoader> plugin_;
+};
+
+}  // namespace irctest

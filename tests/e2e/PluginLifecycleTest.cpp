@@ -1,0 +1,140 @@
+// Start and stop of the loaded plugin. ctest runs each test in a process of its own; within a
+// test, every stop is final for that load of the library (its queue cannot restart).
+#include <chrono>
+#include <thread>
+
+#include "E2eFixture.h"
+
+namespace irctest {
+namespace {
+
+using sim::HostProperty;
+
+class PluginLifecycleTest : public PluginTest {};
+
+std::size_t LiveServices() { return sim::Host::Services().size(); }
+
+TEST_F(PluginLifecycleTest, CreateLogsTheModelYearAndStartsOnce) {
+    sim::SystemInfo::SetYear(24);
+    EXPECT_EQ(plugin_->Create(), 1);
+    EXPECT_TRUE(sim::Log::Contains("create ircontrol service plugin, year(24)"));
+    EXPECT_TRUE(sim::Log::Contains("\033[33minitialized\033[0m"));
+    // The init job is the queue's first; once a later request is answered it has run.
+    ASSERT_TRUE(AnswerOf(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10))).has_value());
+    auto lines = sim::Log::Lines();
+    auto at = [&](const std::string& text) {
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            if (lines[i].text.find(text) != std::string::npos) return i;
+        }
+        return lines.size();
+    };
+    EXPECT_LT(at("Init job"), at("HandleKeyEvent"));
+    EXPECT_LT(at("HandleKeyEvent"), lines.size());
+
+    EXPECT_EQ(plugin_->Create(), 1);
+    EXPECT_TRUE(sim::Log::Contains("\033[31malready initialized\033[0m"));
+    EXPECT_EQ(LiveServices(), 1u);
+}
+
+TEST_F(PluginLifecycleTest, UnreadableYearIsLoggedAndDoesNotGateTheStart) {
+    sim::SystemInfo::SetYear(std::nullopt);
+    plugin_->Create();
+    EXPECT_TRUE(sim::Log::Contains("create ircontrol service plugin, year(-1)"));
+    EXPECT_EQ(LiveServices(), 1u);
+}
+
+TEST_F(PluginLifecycleTest, DestroyBeforeCreateOnlyLogsDeinit) {
+    sim::Log::Clear();
+    EXPECT_EQ(plugin_->Destroy(), 1);
+    EXPECT_TRUE(sim::Log::Contains("Deinit"));
+    EXPECT_FALSE(sim::Log::Contains("DEINIT!"));
+    EXPECT_FALSE(sim::Log::Contains("deinitialized"));
+}
+
+TEST_F(PluginLifecycleTest, DestroyTakesTheServiceDownAndAnswersNothingMore) {
+    plugin_->Create();
+    EXPECT_EQ(plugin_->Destroy(), 1);
+    EXPECT_TRUE(sim::Log::Contains("DEINIT!"));
+    EXPECT_TRUE(sim::Log::Contains("\033[33mdeinitialized\033[0m"));
+    EXPECT_TRUE(sim::Log::Contains("property: [setKeyEvent] unregistered"));
+    EXPECT_TRUE(sim::Log::Contains("property: [setDeviceEvent] unregistered"));
+    EXPECT_EQ(LiveServices(), 0u);
+    EXPECT_THROW(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10)), std::runtime_error);
+}
+
+TEST_F(PluginLifecycleTest, SecondStartWithinOneLoadFailsAndRollsBack) {
+    plugin_->Create();
+    plugin_->Destroy();
+    sim::Log::Clear();
+    EXPECT_EQ(plugin_->Create(), 1);
+    EXPECT_TRUE(sim::Log::Contains(
+        "\033[31mfail to init: Thread already finished! Can not do enqueue!!\033[0m"));
+    EXPECT_TRUE(sim::Log::Contains("Exception !! - Thread already finished! Can not do enqueue!!"));
+    EXPECT_TRUE(sim::Log::Contains("\033[31mneed to retry\033[0m"));
+    EXPECT_EQ(LiveServices(), 0u);
+    // The rollback left the core stopped, so a further start runs the whole start again.
+    sim::Log::Clear();
+    plugin_->Create();
+    EXPECT_TRUE(sim::Log::Contains("need to retry"));
+    EXPECT_FALSE(sim::Log::Contains("already initialized"));
+}
+
+TEST_F(PluginLifecycleTest, RefusedServiceCreationIsOnlyLogged) {
+    sim::Host::InjectFault(sim::HostFault::ServiceCreate);
+    plugin_->Create();
+    EXPECT_TRUE(sim::Log::Contains("failed to create service"));
+    EXPECT_TRUE(sim::Log::Contains("initialized"));
+    EXPECT_FALSE(sim::Log::Contains("need to retry"));
+    EXPECT_EQ(LiveServices(), 0u);
+    // The stop still unregisters and destroys, with the null handle.
+    const auto before = sim::Host::CallsWithBadService();
+    plugin_->Destroy();
+    EXPECT_GE(sim::Host::CallsWithBadService(), before + 3);
+}
+
+TEST_F(PluginLifecycleTest, RefusedRegistrationIsLoggedAndTheStartGoesOn) {
+    sim::Host::InjectFault(sim::HostFault::RegisterProperty, 1);
+    plugin_->Create();
+    EXPECT_EQ(sim::Log::Count("err: 0, name: "), 1u);
+    EXPECT_EQ(sim::Log::Count(", type: 4, desc: set ir "), 2u);
+    auto tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
+    EXPECT_TRUE(AnswerOf(tx).has_value());
+}
+
+TEST_F(PluginLifecycleTest, FreshLoadAfterUnloadGivesAWorkingServiceAgain) {
+    for (int load = 0; load < 3; ++load) {
+        if (load > 0) plugin_ = std::make_unique<PluginLoader>(IRC_PLUGIN_PATH);
+        plugin_->Create();
+        auto tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
+        auto answer = AnswerOf(tx);
+        ASSERT_TRUE(answer.has_value()) << "load " << load;
+        EXPECT_EQ(answer->first, "ok");
+        plugin_->Destroy();
+        EXPECT_TRUE(plugin_->Unload()) << "load " << load;
+    }
+    plugin_.reset();
+}
+
+// A job already on air when the service stops finishes, but its answer is dropped; the jobs
+// queued behind it are discarded unrun and never answered.
+TEST_F(PluginLifecycleTest, StopDropsTheRunningJobsAnswerAndDiscardsQueuedJobs) {
+    plugin_->Create();
+    sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(1000));
+    auto running = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
+    ASSERT_TRUE(sim::IrBlaster::WaitForTransmissions(1, kAnswerDeadline));
+    auto queued = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 11));
+    plugin_->Destroy();
+    EXPECT_TRUE(plugin_->Unload());  // joins the queue's thread, so the running job is over
+    plugin_.reset();
+    EXPECT_TRUE(sim::Host::ResultsFor(running).empty());
+    EXPECT_TRUE(sim::Host::ResultsFor(queued).empty());
+    EXPECT_TRUE(sim::Log::Contains("[resp_handler] service stopped, answer dropped: ok"));
+    std::size_t transmissions = 0;
+    for (const auto& call : sim::IrBlaster::Journal()) {
+        if (call.function == sim::IrCall::Function::SendH) ++transmissions;
+    }
+    EXPECT_EQ(transmissions, 1u);
+}
+
+}  // namespace
+}  // namespace irctest
