@@ -1,0 +1,176 @@
+#include "queue/CMsgQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "sim/Simulator.h"
+
+namespace ircontrol {
+namespace {
+
+using namespace std::chrono_literals;
+
+class CMsgQueueTest : public ::testing::Test {
+protected:
+    void SetUp() override { sim::ResetAll(); }
+
+    // Enqueues a job that signals when it has run, and waits for it (generous deadline).
+    static bool Drain(CMsgQueue& queue) {
+        auto done = std::make_shared<std::promise<void>>();
+        auto future = done->get_future();
+        ThreadJob job = [done] { done->set_value(); };
+        queue.EnqueueData(job);
+        return future.wait_for(10s) == std::future_status::ready;
+    }
+};
+
+TEST_F(CMsgQueueTest, RunsJobsInArrivalOrderOnItsWorkerThread) {
+    CMsgQueue queue;
+    std::vector<int> order;
+    std::vector<std::thread::id> threads;
+    for (int i = 0; i < 3; ++i) {
+        ThreadJob job = [&, i] {
+            order.push_back(i);
+            threads.push_back(std::this_thread::get_id());
+        };
+        queue.EnqueueData(job);
+    }
+    ASSERT_TRUE(Drain(queue));
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+    EXPECT_NE(threads[0], std::this_thread::get_id());
+    EXPECT_EQ(threads[0], threads[2]);
+    EXPECT_TRUE(sim::Log::Contains("QUEUE[ircontrolQ] thread created"));
+}
+
+TEST_F(CMsgQueueTest, AThrowingJobIsLoggedAndTheNextOneRuns) {
+    CMsgQueue queue;
+    ThreadJob throwsStd = [] { throw std::runtime_error("boom"); };
+    ThreadJob throwsInt = [] { throw 42; };
+    ThreadJob empty;
+    queue.EnqueueData(throwsStd);
+    queue.EnqueueData(throwsInt);
+    queue.EnqueueData(empty);
+    ASSERT_TRUE(Drain(queue));
+    EXPECT_TRUE(sim::Log::Contains("exception from job : boom"));
+    EXPECT_TRUE(sim::Log::Contains("[ircontrolQ] unknown exception from job"));
+}
+
+TEST_F(CMsgQueueTest, EnqueueAfterQuitThrowsAndQueuedJobsAreDiscarded) {
+    auto queue = std::make_unique<CMsgQueue>();
+    std::promise<void> started;
+    std::promise<void> release;
+    auto releasedFuture = release.get_future().share();
+    std::atomic<bool> runningFinished{false};
+    std::atomic<bool> queuedRan{false};
+    ThreadJob running = [&] {
+        started.set_value();
+        releasedFuture.wait();
+        runningFinished = true;
+    };
+    ThreadJob queued = [&] { queuedRan = true; };
+    queue->EnqueueData(running);
+    ASSERT_EQ(started.get_future().wait_for(10s), std::future_status::ready);
+    queue->EnqueueData(queued);
+    queue->Quit();
+    try {
+        ThreadJob late = [] {};
+        queue->EnqueueData(late);
+        ADD_FAILURE() << "enqueue after Quit succeeded";
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "Thread already finished! Can not do enqueue!!");
+    }
+    release.set_value();
+    queue.reset();  // joins the worker
+    EXPECT_TRUE(runningFinished);
+    EXPECT_FALSE(queuedRan);
+    EXPECT_TRUE(sim::Log::Contains("[ircontrolQ] ESCAPE!"));
+    EXPECT_TRUE(sim::Log::Contains("[ircontrolQ] before join"));
+    EXPECT_TRUE(sim::Log::Contains("[ircontrolQ] after join"));
+    EXPECT_TRUE(sim::Log::Contains("[ircontrolQ] Finished thread running"));
+}
+
+// A long job must not hold up producers: enqueueing while the worker is busy still completes.
+TEST_F(CMsgQueueTest, ProducersAreNotBlockedByARunningJob) {
+    CMsgQueue queue;
+    std::promise<void> started;
+    std::promise<void> release;
+    auto releasedFuture = release.get_future().share();
+    ThreadJob blocker = [&] {
+        started.set_value();
+        releasedFuture.wait();
+    };
+    queue.EnqueueData(blocker);
+    ASSERT_EQ(started.get_future().wait_for(10s), std::future_status::ready);
+    auto producer = std::async(std::launch::async, [&] {
+        for (int i = 0; i < 100; ++i) {
+            ThreadJob job = [] {};
+            queue.EnqueueData(job);
+        }
+    });
+    EXPECT_EQ(producer.wait_for(10s), std::future_status::ready);
+    release.set_value();
+    ASSERT_TRUE(Drain(queue));
+}
+
+TEST_F(CMsgQueueTest, ConcurrentProducersKeepTheirOwnOrderAndEveryJobRunsOnce) {
+    CMsgQueue queue;
+    constexpr int kProducers = 4;
+    constexpr int kJobs = 500;
+    std::mutex mutex;
+    std::vector<std::vector<int>> seen(kProducers);
+    std::atomic<int> concurrent{0};
+    std::atomic<bool> overlapped{false};
+    std::vector<std::thread> producers;
+    for (int p = 0; p < kProducers; ++p) {
+        producers.emplace_back([&, p] {
+            for (int i = 0; i < kJobs; ++i) {
+                ThreadJob job = [&, p, i] {
+                    if (++concurrent > 1) overlapped = true;
+                    {
+                        std::lock_guard<std::mutex> lock(mutex);
+                        seen[p].push_back(i);
+                    }
+                    --concurrent;
+                };
+                queue.EnqueueData(job);
+            }
+        });
+    }
+    for (auto& t : producers) t.join();
+    ASSERT_TRUE(Drain(queue));
+    EXPECT_FALSE(overlapped);
+    for (int p = 0; p < kProducers; ++p) {
+        ASSERT_EQ(seen[p].size(), static_cast<size_t>(kJobs));
+        for (int i = 0; i < kJobs; ++i) ASSERT_EQ(seen[p][i], i);
+    }
+}
+
+TEST_F(CMsgQueueTest, InnerQueueOperations) {
+    CMsgQueue::MsgQueue inner("q");
+    int ran = 0;
+    ThreadJob a = [&] { ran += 1; };
+    ThreadJob b = [&] { ran += 10; };
+    inner.Push(a);
+    inner.Push(b);
+    EXPECT_EQ(inner.Size(), 2);
+    inner.Front()();
+    inner.Pop();
+    inner.RunFirstJob();
+    EXPECT_EQ(ran, 11);
+    EXPECT_TRUE(inner.IsEmpty());
+    inner.RunFirstJob();  // empty: nothing happens
+    inner.Push(a);
+    inner.Clear();
+    EXPECT_TRUE(inner.IsEmpty());
+    EXPECT_EQ(ran, 11);
+}
+
+}  // namespace
+}  // namespace ircontrol

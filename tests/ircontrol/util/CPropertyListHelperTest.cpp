@@ -1,0 +1,118 @@
+#include "util/CPropertyListHelper.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "common/CException.h"
+#include "sim/Simulator.h"
+
+namespace ircontrol {
+namespace {
+
+using sim::HostProperty;
+
+class CPropertyListHelperTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        sim::ResetAll();
+        vyrf_string name{"svc", 3};
+        vyrf_string desc{"d", 1};
+        service_ = vyrf_service_create(name, desc, nullptr, nullptr, &OnSet, nullptr, this);
+        ASSERT_NE(service_, nullptr);
+    }
+    void TearDown() override { vyrf_service_destroy(service_); }
+
+    // Keeps a helper made inside the host callback, whose list the host destroys afterwards.
+    static void OnSet(void*, void*, void* list, void* self) {
+        auto* test = static_cast<CPropertyListHelperTest*>(self);
+        try {
+            test->captured_ = IPropertyListHelper::Create(list);
+        } catch (const std::invalid_argument& e) {
+            test->error_ = e.what();
+        }
+    }
+
+    std::shared_ptr<IPropertyListHelper> Capture(const std::vector<HostProperty>& properties) {
+        sim::Host::SendSet("svc", properties);
+        return std::move(captured_);
+    }
+
+    void* service_ = nullptr;
+    std::shared_ptr<IPropertyListHelper> captured_;
+    std::string error_;
+};
+
+TEST_F(CPropertyListHelperTest, CopyOutlivesTheHostsList) {
+    const auto before = sim::Host::LiveLists();
+    auto helper = Capture({HostProperty::Json("setKeyEvent", R"({"a":1})"),
+                           HostProperty::String("name", "value"), HostProperty::Int("n", 7)});
+    EXPECT_EQ(sim::Host::LiveLists(), before + 1);  // the host's list is gone, the copy lives
+    EXPECT_EQ(helper->GetJsonString("setKeyEvent"), R"({"a":1})");
+    EXPECT_EQ(helper->GetString("name"), "value");
+    EXPECT_EQ(helper->GetInt("n"), 7);
+    EXPECT_EQ(helper->GetPropertyNameList(), (std::vector<std::string>{"setKeyEvent", "name", "n"}));
+    helper.reset();
+    EXPECT_EQ(sim::Host::LiveLists(), before);
+}
+
+TEST_F(CPropertyListHelperTest, MissingOrMistypedPropertiesReadEmpty) {
+    auto helper = Capture({HostProperty::String("s", "text")});
+    EXPECT_EQ(helper->GetJsonString("s"), "");
+    EXPECT_EQ(helper->GetString("absent"), "");
+    EXPECT_EQ(helper->Find(""), nullptr);
+    EXPECT_EQ(helper->GetInt("s"), 0);
+    EXPECT_TRUE(sim::Log::Contains("failed to GetInt"));
+}
+
+TEST_F(CPropertyListHelperTest, AnUnnamedPropertyAnywhereMakesTheNameListThrow) {
+    for (std::size_t at = 0; at < 3; ++at) {
+        std::vector<HostProperty> properties = {HostProperty::String("a", "1"),
+                                                HostProperty::String("b", "2")};
+        properties.insert(properties.begin() + static_cast<long>(at), HostProperty::String("", "x"));
+        auto helper = Capture(properties);
+        try {
+            helper->GetPropertyNameList();
+            ADD_FAILURE() << "no exception at " << at;
+        } catch (const CException& e) {
+            EXPECT_STREQ(e.what(), "invalid property name!(error:5)");
+        }
+    }
+}
+
+TEST_F(CPropertyListHelperTest, CopyOrCreateFailureThrowsInvalidArgument) {
+    sim::Host::InjectFault(sim::HostFault::ListCopy);
+    sim::Host::SendSet("svc", {HostProperty::String("a", "1")});
+    EXPECT_FALSE(captured_);
+    EXPECT_EQ(error_, "failed to create list");
+    sim::Host::InjectFault(sim::HostFault::ListCreate);
+    try {
+        CPropertyListHelper helper;
+        ADD_FAILURE();
+    } catch (const std::invalid_argument& e) {
+        EXPECT_STREQ(e.what(), "failed to create list");
+    }
+    EXPECT_EQ(sim::Log::Count("failed to copy list"), 2u);  // both failures use the copy text
+}
+
+TEST_F(CPropertyListHelperTest, PushesOnlyNamedNonEmptyData) {
+    CPropertyListHelper helper;
+    helper.PushStringData("errorCode", "ok");
+    helper.PushStringData("description", "");
+    helper.PushStringData("", "x");
+    helper.PushIntData("n", 3);
+    helper.PushIntData("", 4);
+    helper.PushBooleanData("b", true);
+    helper.Push(helper.CreateStringProperty("s", "v"), 0);
+    EXPECT_EQ(helper.GetPropertyNameList(), (std::vector<std::string>{"errorCode", "n", "b", "s"}));
+    EXPECT_EQ(sim::Log::Lines().size(), 0u);  // nothing failed, nothing logged
+    void* popped = nullptr;
+    vyrf_error error = -1;
+    EXPECT_EQ(helper.Pop(&popped, &error), 0);
+    EXPECT_NE(popped, nullptr);
+    helper.Push(popped, 0);  // hand it back so the list releases it
+    EXPECT_FALSE(helper.Empty());
+}
+
+}  // namespace
+}  // namespace ircontrol
