@@ -1,33 +1,29 @@
-// Loads the plugin into the desktop simulator the way the TV's host does.
-#include <dlfcn.h>
-#include <unistd.h>
-
-#include <climits>
-#include <cstdio>
+// ircontrol-host: loads the IR control plugin into the desktop platform simulator, the way the
+// TV's host framework does, and drives it from the command line.
+#include <iostream>
 #include <string>
+#include <vector>
 
-#include "sim/Simulator.h"
+#include "App.h"
+#include "Options.h"
 
-int main() {
-    char self[PATH_MAX] = {};
-    ssize_t n = readlink("/proc/self/exe", self, sizeof(self) - 1);
-    std::string dir = n > 0 ? std::string(self, static_cast<size_t>(n)) : std::string("./x");
-    dir = dir.substr(0, dir.rfind('/'));
-    std::string path = dir + "/libircontrol-plugin.so";
-    void* lib = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (lib == nullptr) {
-        std::fprintf(stderr, "cannot load %s: %s\n", path.c_str(), dlerror());
+int main(int argc, char** argv) {
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    irhost::Options options = irhost::Parse(args);
+    if (options.help) {
+        const irhost::CommandSpec* spec = irhost::FindCommand(options.command);
+        std::cout << (spec != nullptr ? irhost::CommandUsage(*spec) : irhost::Usage());
+        return 0;
+    }
+    if (!options.error.empty()) {
+        std::cerr << "ircontrol-host: " << options.error << "\n";
+        return 2;
+    }
+    try {
+        irhost::App app(std::move(options), std::cin, std::cout, std::cerr);
+        return app.Run();
+    } catch (const std::exception& e) {
+        std::cerr << "ircontrol-host: " << e.what() << "\n";
         return 1;
     }
-    auto create = reinterpret_cast<int (*)()>(dlsym(lib, "CreatePlugin"));
-    auto destroy = reinterpret_cast<int (*)()>(dlsym(lib, "DestroyPlugin"));
-    if (create == nullptr || destroy == nullptr) {
-        std::fprintf(stderr, "%s lacks CreatePlugin/DestroyPlugin\n", path.c_str());
-        return 1;
-    }
-    create();
-    for (const auto& line : sim::Log::Lines()) std::printf("%s\n", line.text.c_str());
-    destroy();
-    dlclose(lib);
-    return 0;
 }

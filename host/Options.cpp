@@ -1,0 +1,151 @@
+#include "Options.h"
+
+#include <cstdlib>
+#include <sstream>
+
+namespace irhost {
+namespace {
+
+bool ParseInt(const std::string& text, int& out) {
+    if (text.empty()) return false;
+    char* end = nullptr;
+    const long value = std::strtol(text.c_str(), &end, 10);
+    if (*end != '\0' || value < -1000000000L || value > 1000000000L) return false;
+    out = static_cast<int>(value);
+    return true;
+}
+
+const std::vector<std::pair<std::string, std::string>> kGlobal = {
+    {"--plugin PATH", "plugin library (default: libircontrol-plugin.so beside this program)"},
+    {"--devices FILE", "pairing list JSON {\"dev_info\":[{\"codeset\",\"device_index\",\"type\"}]}"},
+    {"--catalogue FILE", "key maps JSON {\"<codeset>\": \"<key map text>\"}"},
+    {"--year N", "TV model year reported by the platform (default 23)"},
+    {"--ir-delay MS", "simulated on-air time of each transmission"},
+    {"--timeout MS", "how long to wait for each answer (default 2000)"},
+    {"--json", "machine-readable output, one JSON object per line"},
+    {"--verbose", "show the plugin's own log lines on stderr"},
+};
+
+}  // namespace
+
+const std::vector<CommandSpec>& Commands() {
+    static const std::vector<CommandSpec> commands = {
+        {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}},
+        {"key", "send one key to one appliance",
+         {{"type", "fan, purifier, humidifier, cleaner, ac, or a full OCF device type"},
+          {"codeset", "codeset name (default: the paired one of that type)"},
+          {"key", "key code"}}},
+        {"ac", "send an air-conditioner state",
+         {{"codeset", "codeset name (default: the paired air conditioner)"},
+          {"power", "ON or OFF (default ON)"},
+          {"mode", "AUTO, COLD, DEHUMI, VENT or HEAT (default COLD)"},
+          {"setpoint", "cooling set point (default 24)"},
+          {"fan", "LOW, MEDIUM, HIGH or AUTO (default AUTO)"}}},
+        {"set", "set any property to any text",
+         {{"name", "property name (default setKeyEvent)"},
+          {"value", "the value's text"},
+          {"kind", "json, string, int or bool (default json)"}}},
+        {"devices", "list the paired appliances and their key maps", {}},
+        {"serve", "read requests as JSON lines on stdin, write one JSON line per answer", {}},
+    };
+    return commands;
+}
+
+const CommandSpec* FindCommand(const std::string& name) {
+    for (const auto& spec : Commands()) {
+        if (spec.name == name) return &spec;
+    }
+    return nullptr;
+}
+
+Options Parse(const std::vector<std::string>& args) {
+    Options options;
+    auto fail = [&](const std::string& reason) {
+        if (options.error.empty()) options.error = reason;
+    };
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--help" || arg == "-h") {
+            options.help = true;
+            continue;
+        }
+        if (arg == "--json") {
+            options.json = true;
+            continue;
+        }
+        if (arg == "--verbose" || arg == "-v") {
+            options.verbose = true;
+            continue;
+        }
+        if (arg.rfind("--", 0) != 0) {
+            if (options.command.empty()) {
+                options.command = arg;
+                if (FindCommand(arg) == nullptr) fail("unknown command '" + arg + "' (try --help)");
+            } else {
+                fail("unexpected argument '" + arg + "'");
+            }
+            continue;
+        }
+        const std::string name = arg.substr(2);
+        if (i + 1 >= args.size()) {
+            fail("option " + arg + " needs a value");
+            break;
+        }
+        const std::string value = args[++i];
+        int number = 0;
+        if (name == "plugin") {
+            options.plugin = value;
+        } else if (name == "devices") {
+            options.devicesFile = value;
+        } else if (name == "catalogue") {
+            options.catalogueFile = value;
+        } else if (name == "year") {
+            if (!ParseInt(value, number)) fail("--year needs a whole number, not '" + value + "'");
+            options.year = number;
+        } else if (name == "ir-delay") {
+            if (!ParseInt(value, number) || number < 0) fail("--ir-delay needs milliseconds, not '" + value + "'");
+            options.irDelayMs = number;
+        } else if (name == "timeout") {
+            if (!ParseInt(value, number) || number <= 0) fail("--timeout needs milliseconds, not '" + value + "'");
+            options.timeoutMs = number;
+        } else {
+            options.values[name] = value;
+        }
+    }
+    if (options.command.empty() && !options.help) fail("no command given (try --help)");
+    if (const CommandSpec* spec = FindCommand(options.command)) {
+        for (const auto& [name, value] : options.values) {
+            bool known = false;
+            for (const auto& option : spec->options) known = known || option.first == name;
+            if (!known) fail("'" + spec->name + "' has no option --" + name);
+        }
+    }
+    return options;
+}
+
+std::string Usage() {
+    std::ostringstream out;
+    out << "usage: ircontrol-host [options] <command> [command options]\n\n"
+        << "Loads the IR control plugin into the desktop platform simulator, as the TV's host does,\n"
+        << "and drives it.\n\ncommands:\n";
+    for (const auto& spec : Commands()) out << "  " << spec.name << std::string(10 - spec.name.size(), ' ') << spec.summary << "\n";
+    out << "\noptions:\n";
+    for (const auto& [name, help] : kGlobal) out << "  " << name << std::string(20 - name.size(), ' ') << help << "\n";
+    out << "\n'ircontrol-host <command> --help' describes a command's own options.\n";
+    return out.str();
+}
+
+std::string CommandUsage(const CommandSpec& spec) {
+    std::ostringstream out;
+    out << "usage: ircontrol-host [options] " << spec.name << (spec.options.empty() ? "" : " [--option value ...]")
+        << "\n\n" << spec.summary << "\n";
+    if (!spec.options.empty()) {
+        out << "\n";
+        for (const auto& [name, help] : spec.options) {
+            out << "  --" << name << std::string(12 - name.size(), ' ') << help << "\n";
+        }
+    }
+    return out.str();
+}
+
+}  // namespace irhost

@@ -1,0 +1,137 @@
+#include "App.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "JsonValue.h"
+#include "sim/Simulator.h"
+
+namespace irhost {
+namespace {
+
+using common::json::JsonValue;
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+Outcome RunApp(std::vector<std::string> args, const std::string& input = "") {
+    args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
+    Options options = Parse(args);
+    EXPECT_EQ(options.error, "");
+    std::istringstream in(input);
+    std::ostringstream out, err;
+    const int status = App(options, in, out, err).Run();
+    return {status, out.str(), err.str()};
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+TEST(AppTest, DemoMatchesTheGoldenOutput) {
+    const Outcome run = RunApp({"demo"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, ReadFile(std::string(IRC_SOURCE_DIR) + "/tests/host/golden/demo.txt"));
+}
+
+TEST(AppTest, KeyReportsWhatTheBlasterSent) {
+    const Outcome run = RunApp({"--json", "key", "--type", "oic.d.robotcleaner", "--key", "28"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    const JsonValue line = JsonValue::Create(run.out);
+    EXPECT_EQ(line["answer"]["errorCode"].asString(), "ok");
+    EXPECT_EQ(line["ir"].size(), 1u);
+    EXPECT_EQ(line["ir"][0u]["key"].asInt(), 28);
+    EXPECT_EQ(line["ir"][0u]["deviceIndex"].asInt(), 4);
+    // The simulator's journal agrees with what was printed.
+    bool seen = false;
+    for (const auto& call : sim::IrBlaster::Journal()) {
+        seen = seen || (call.function == sim::IrCall::Function::SendH && call.key == 28 && call.deviceIndex == 4);
+    }
+    EXPECT_TRUE(seen);
+}
+
+TEST(AppTest, RefusedAndUnansweredRequestsExitNonZero) {
+    EXPECT_EQ(RunApp({"key", "--type", "fan", "--key", "39"}).status, 1);
+    const Outcome silent = RunApp({"--timeout", "200", "set", "--value", R"({"x.com.korvan.codesetKey":1})"});
+    EXPECT_EQ(silent.status, 1);
+    EXPECT_NE(silent.out.find("no answer"), std::string::npos);
+    const Outcome ac = RunApp({"ac", "--mode", "HEAT", "--setpoint", "-5"});
+    EXPECT_EQ(ac.status, 0);
+    EXPECT_NE(ac.out.find("aircon  #5 mode=heat power=on setpoint=-5 fan=auto"), std::string::npos);
+}
+
+TEST(AppTest, UserMistakesGetAClearMessage) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+        {{"key", "--type", "toaster", "--key", "1"}, "key: unknown --type 'toaster'"},
+        {{"key", "--type", "fan"}, "key: --key needs a key code"},
+        {{"key", "--type", "oic.d.lamp", "--key", "1"}, "key: no paired oic.d.lamp; give --codeset"},
+        {{"set", "--kind", "bool", "--value", "maybe"}, "set: --value must be true or false for --kind bool"},
+        {{"--devices", "/no/such/file", "demo"}, "cannot read --devices file /no/such/file"},
+    };
+    for (const auto& [args, message] : cases) {
+        const Outcome run = RunApp(args);
+        EXPECT_NE(run.status, 0);
+        EXPECT_EQ(run.err, "ircontrol-host: " + message + "\n");
+    }
+    Options options = Parse({"--plugin", "/no/plugin.so", "demo"});
+    std::istringstream in;
+    std::ostringstream out, err;
+    EXPECT_EQ(App(options, in, out, err).Run(), 1);
+    EXPECT_EQ(err.str(), "ircontrol-host: plugin library not found: /no/plugin.so\n");
+}
+
+TEST(AppTest, PairingFileReplacesTheDefaults) {
+    const std::string path = std::string(IRC_BINARY_DIR) + "/test_host_pairing.json";
+    std::ofstream(path) << R"({"dev_info":[{"codeset":"MYFAN","device_index":9,"type":"oic.d.fan"}]})";
+    const Outcome run = RunApp({"--devices", path, "key", "--type", "fan", "--key", "10"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("hdevice #9 key 10"), std::string::npos);
+    std::ofstream(path) << "[]";
+    EXPECT_EQ(RunApp({"--devices", path, "demo"}).status, 1);
+    std::remove(path.c_str());
+}
+
+TEST(AppTest, ServeAnswersEachLineInOrder) {
+    const Outcome run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13}\n"
+                                      "not json\n\n"
+                                      "{\"command\":\"ac\",\"fan\":\"TURBO\"}\n"
+                                      "{\"command\":\"set\",\"name\":\"setDeviceEvent\",\"value\":\"{}\"}\n"
+                                      "{\"command\":\"key\",\"type\":\"fan\",\"key\":\"x\"}\n");
+    EXPECT_EQ(run.status, 0);
+    std::istringstream lines(run.out);
+    std::vector<JsonValue> answers;
+    for (std::string line; std::getline(lines, line);) answers.push_back(JsonValue::Create(line));
+    ASSERT_EQ(answers.size(), 5u);
+    EXPECT_EQ(answers[0]["answer"]["errorCode"].asString(), "ok");
+    EXPECT_EQ(answers[0]["ir"][0u]["key"].asInt(), 13);
+    EXPECT_EQ(answers[1]["error"].asString(), "not a JSON object");
+    EXPECT_EQ(answers[2]["answer"]["errorCode"].asString(), "key_error");
+    EXPECT_EQ(answers[2]["ir"].size(), 0u);
+    EXPECT_EQ(answers[3]["property"].asString(), "setDeviceEvent");
+    EXPECT_EQ(answers[3]["answer"]["errorCode"].asString(), "ok");
+    EXPECT_EQ(answers[4]["error"].asString(), "\"key\" must be an integer");
+}
+
+TEST(AppTest, DevicesListsThePairingWithKeyMaps) {
+    const Outcome run = RunApp({"--json", "devices"});
+    std::istringstream lines(run.out);
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+        const JsonValue device = JsonValue::Create(line);
+        EXPECT_FALSE(device["keyMap"].asString().empty());
+        EXPECT_EQ(device["deviceIndex"].asInt(), count + 1);
+    }
+    EXPECT_EQ(count, 5);
+}
+
+}  // namespace
+}  // namespace irhost

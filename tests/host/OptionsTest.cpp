@@ -1,0 +1,48 @@
+#include "Options.h"
+
+#include <gtest/gtest.h>
+
+namespace irhost {
+namespace {
+
+TEST(OptionsTest, ParsesGlobalAndCommandOptions) {
+    const Options o = Parse({"--json", "--year", "24", "key", "--type", "fan", "--key", "12",
+                             "--ir-delay", "68", "--plugin", "/p.so", "--verbose"});
+    EXPECT_EQ(o.error, "");
+    EXPECT_EQ(o.command, "key");
+    EXPECT_TRUE(o.json);
+    EXPECT_TRUE(o.verbose);
+    EXPECT_EQ(o.year, 24);
+    EXPECT_EQ(o.irDelayMs, 68);
+    EXPECT_EQ(o.plugin, "/p.so");
+    EXPECT_EQ(o.values.at("type"), "fan");
+    EXPECT_EQ(o.values.at("key"), "12");
+}
+
+TEST(OptionsTest, MistakesGiveOneLineReasons) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+        {{}, "no command given (try --help)"},
+        {{"blast"}, "unknown command 'blast' (try --help)"},
+        {{"key", "--type"}, "option --type needs a value"},
+        {{"key", "--colour", "red"}, "'key' has no option --colour"},
+        {{"demo", "--year", "soon"}, "--year needs a whole number, not 'soon'"},
+        {{"demo", "--ir-delay", "-1"}, "--ir-delay needs milliseconds, not '-1'"},
+        {{"demo", "--timeout", "0"}, "--timeout needs milliseconds, not '0'"},
+        {{"demo", "extra"}, "unexpected argument 'extra'"},
+    };
+    for (const auto& [args, reason] : cases) EXPECT_EQ(Parse(args).error, reason);
+}
+
+TEST(OptionsTest, HelpNeedsNoCommandAndEveryCommandDescribesItself) {
+    EXPECT_TRUE(Parse({"--help"}).help);
+    EXPECT_EQ(Parse({"--help"}).error, "");
+    for (const auto& spec : Commands()) {
+        const std::string usage = CommandUsage(spec);
+        EXPECT_NE(usage.find("ircontrol-host [options] " + spec.name), std::string::npos);
+        for (const auto& option : spec.options) EXPECT_NE(usage.find("--" + option.first), std::string::npos);
+    }
+    EXPECT_NE(Usage().find("serve"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace irhost
