@@ -100,6 +100,12 @@ void internal::ResetLog() {
 
 extern "C" int dlog_print(log_priority prio, const char* tag, const char* fmt, ...) {
     if (fmt == nullptr) return -1;
+    auto& state = sim::State();
+    {
+        // Nobody is looking: skip the formatting, as a disabled log level would on the TV.
+        std::lock_guard<std::mutex> lock(state.mutex);
+        if (!state.capture && !state.echo && !state.listener) return 0;
+    }
     va_list args;
     va_start(args, fmt);
     va_list copy;
@@ -116,7 +122,7 @@ extern "C" int dlog_print(log_priority prio, const char* tag, const char* fmt, .
     sim::LogLine line{static_cast<int>(prio), tag != nullptr ? tag : "", std::move(text)};
     std::function<void(const sim::LogLine&)> listener;
     {
-        auto& s = sim::State();
+        auto& s = state;
         std::lock_guard<std::mutex> lock(s.mutex);
         if (s.echo) {
             std::string shown = line.text;

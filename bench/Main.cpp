@@ -1,0 +1,54 @@
+// Runs every benchmark, then prints the ratio of the end-to-end fan key to its JSON floor and
+// the memory growth, from the measured results.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "BenchPlatform.h"
+
+namespace {
+
+// The console table as usual, keeping each run's time and counters for the summary lines.
+class RecordingReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const auto& run : runs) {
+            if (run.run_type != Run::RT_Iteration) continue;
+            times[run.benchmark_name()] = run.GetAdjustedRealTime();
+            for (const auto& [name, counter] : run.counters) counters[run.benchmark_name() + "/" + name] = counter.value;
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+    std::map<std::string, double> times;
+    std::map<std::string, double> counters;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    RecordingReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    irbench::StopPlugin();
+
+    auto find = [&](const std::map<std::string, double>& map, const std::string& prefix) {
+        for (const auto& [name, value] : map) {
+            if (name.rfind(prefix, 0) == 0) return value;
+        }
+        return -1.0;
+    };
+    const double endToEnd = find(reporter.times, "BM_EndToEnd_FanKey");
+    const double floor = find(reporter.times, "BM_Floor_FanKeyJson");
+    if (endToEnd > 0 && floor > 0) std::printf("end-to-end/floor ratio: %.2f\n", endToEnd / floor);
+    const double growth = find(reporter.counters, "BM_Memory_100kRequests");
+    const double growthKiB = reporter.counters.count("BM_Memory_100kRequests/iterations:1/real_time/growth_KiB")
+                                 ? reporter.counters["BM_Memory_100kRequests/iterations:1/real_time/growth_KiB"]
+                                 : growth;
+    if (growthKiB > -1) std::printf("resident memory growth over 100,000 requests: %.0f KiB\n", growthKiB);
+    benchmark::Shutdown();
+    return 0;
+}

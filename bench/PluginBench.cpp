@@ -1,0 +1,111 @@
+// The loaded plugin inside the simulator, driven the way the host drives it.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "BenchPlatform.h"
+#include "sim/Simulator.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using sim::HostProperty;
+
+// 1. How long the host's set callback takes while the queue's thread is inside a slow (100 ms)
+//    transmission: each batch starts one slow send, then times refused requests (no
+//    transmission) enqueued behind it.
+void BM_CallbackReturn_BlasterBusy(benchmark::State& state) {
+    irbench::StartPlugin();
+    const auto slow = HostProperty::Json("setKeyEvent", irbench::FanPayload(10));
+    const auto quick = HostProperty::Json("setKeyEvent", irbench::FanPayload(39));  // refused
+    std::vector<double> samples;
+    constexpr int kBatch = 500;
+    int inBatch = kBatch;
+    for (auto _ : state) {
+        if (inBatch == kBatch) {
+            state.PauseTiming();
+            irbench::WaitForAnswers(irbench::Answers());
+            sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(100));
+            const uint64_t before = irbench::Answers();
+            sim::Host::SendSet(irbench::kService, {slow});
+            (void)before;
+            inBatch = 0;
+            state.ResumeTiming();
+        }
+        const auto start = Clock::now();
+        sim::Host::SendSet(irbench::kService, {quick});
+        samples.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
+        ++inBatch;
+    }
+    state.PauseTiming();
+    sim::IrBlaster::SetTransmitDelay(std::chrono::microseconds(0));
+    state.ResumeTiming();
+    std::sort(samples.begin(), samples.end());
+    if (!samples.empty()) {
+        state.counters["median_us"] = samples[samples.size() / 2];
+        state.counters["p99_us"] = samples[std::min(samples.size() - 1, samples.size() * 99 / 100)];
+    }
+}
+BENCHMARK(BM_CallbackReturn_BlasterBusy)->Iterations(5000);
+
+// 2. From the set callback to the answer reaching the host, one request at a time.
+void EndToEnd(benchmark::State& state, const std::string& payload) {
+    irbench::StartPlugin();
+    sim::IrBlaster::SetTransmitDelay(std::chrono::microseconds(0));
+    const auto property = HostProperty::Json("setKeyEvent", payload);
+    for (auto _ : state) {
+        const uint64_t expected = irbench::Answers() + 1;
+        sim::Host::SendSet(irbench::kService, {property});
+        irbench::WaitForAnswers(expected);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+void BM_EndToEnd_FanKey(benchmark::State& state) { EndToEnd(state, irbench::FanPayload()); }
+void BM_EndToEnd_AcState(benchmark::State& state) { EndToEnd(state, irbench::AcPayload()); }
+BENCHMARK(BM_EndToEnd_FanKey)->UseRealTime();
+BENCHMARK(BM_EndToEnd_AcState)->UseRealTime();
+
+// 4. The pairing list is read and parsed on every command: its length shows in the cost.
+void BM_EndToEnd_PairingEntries(benchmark::State& state) {
+    irbench::StartPlugin();
+    const int entries = static_cast<int>(state.range(0));
+    sim::Settings::SetString(irbench::kDevicesKey, irbench::PairingList(entries, "HFAN0001"));
+    const auto property = HostProperty::Json("setKeyEvent", irbench::FanPayload());
+    for (auto _ : state) {
+        const uint64_t expected = irbench::Answers() + 1;
+        sim::Host::SendSet(irbench::kService, {property});
+        irbench::WaitForAnswers(expected);
+    }
+    sim::Settings::SetString(irbench::kDevicesKey,
+                             R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})");
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_EndToEnd_PairingEntries)->Arg(1)->Arg(10)->Arg(100)->Arg(1000)->UseRealTime();
+
+// 5. Resident memory before and after 100,000 requests (after a warm-up).
+void BM_Memory_100kRequests(benchmark::State& state) {
+    irbench::StartPlugin();
+    const auto fan = HostProperty::Json("setKeyEvent", irbench::FanPayload());
+    const auto refused = HostProperty::Json("setKeyEvent", irbench::FanPayload(39));
+    auto run = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            const uint64_t expected = irbench::Answers() + 1;
+            sim::Host::SendSet(irbench::kService, {i % 10 == 0 ? refused : fan});
+            irbench::WaitForAnswers(expected);
+        }
+    };
+    for (auto _ : state) {
+        run(2000);
+        const long before = irbench::ResidentKiB();
+        run(100000);
+        const long after = irbench::ResidentKiB();
+        state.counters["rss_before_KiB"] = static_cast<double>(before);
+        state.counters["rss_after_KiB"] = static_cast<double>(after);
+        state.counters["growth_KiB"] = static_cast<double>(after - before);
+    }
+}
+BENCHMARK(BM_Memory_100kRequests)->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
+
+}  // namespace

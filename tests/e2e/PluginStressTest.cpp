@@ -1,0 +1,87 @@
+// Many host threads sending a random mix of good and bad requests while the plugin is created
+// and destroyed around them: no crash, no deadlock, and every request answered at most once
+// (exactly once when it was taken in before the stop and is not one of the silent kinds).
+#include <atomic>
+#include <map>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "E2eFixture.h"
+
+namespace irctest {
+namespace {
+
+using sim::HostProperty;
+
+class PluginStressTest : public PluginTest {};
+
+std::vector<HostProperty> RandomRequest(std::mt19937& rng, bool& answered) {
+    switch (rng() % 7) {
+        case 0: answered = true; return {HostProperty::Json("setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", 10))};
+        case 1: answered = true; return {HostProperty::Json("setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", 39))};
+        case 2: answered = true; return {HostProperty::Json("setDeviceEvent", "{}")};
+        case 3: answered = true; return {HostProperty::Json("setKeyEvent", "{\"broken")};
+        case 4: answered = false; return {HostProperty::Json("setKeyEvent", R"({"x.com.korvan.codesetKey":1})")};
+        case 5: answered = false; return {HostProperty::Json("unknownProperty", "{}")};
+        default: answered = false; return {HostProperty::Json("", "{}")};  // unnamed: dropped
+    }
+}
+
+TEST_F(PluginStressTest, ConcurrentRequestsAcrossCreateAndDestroyAreAnsweredAtMostOnce) {
+    sim::Log::SetCapture(false);
+    constexpr int kThreads = 4;
+    constexpr int kCycles = 3;
+    for (int cycle = 0; cycle < kCycles; ++cycle) {
+        if (cycle > 0) plugin_ = std::make_unique<PluginLoader>(IRC_PLUGIN_PATH);
+        std::atomic<bool> stop{false};
+        std::mutex mutex;
+        std::vector<std::pair<uint64_t, bool>> sent;  // transaction, expects an answer
+        std::vector<std::thread> threads;
+        for (int t = 0; t < kThreads; ++t) {
+            threads.emplace_back([&, t] {
+                std::mt19937 rng(static_cast<unsigned>(cycle * 100 + t));
+                while (!stop) {
+                    bool answered = false;
+                    auto request = RandomRequest(rng, answered);
+                    try {
+                        const uint64_t tx = sim::Host::SendSet(kService, request);
+                        std::lock_guard<std::mutex> lock(mutex);
+                        sent.emplace_back(tx, answered);
+                    } catch (const std::runtime_error&) {
+                        std::this_thread::yield();  // no live service right now
+                    }
+                }
+            });
+        }
+        plugin_->Create();
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        plugin_->Create();  // a second start while requests flow: logged and ignored
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        plugin_->Destroy();
+        stop = true;
+        for (auto& thread : threads) thread.join();
+        ASSERT_TRUE(plugin_->Unload()) << "cycle " << cycle;  // joins the queue's worker
+
+        std::map<uint64_t, int> answers;
+        for (const auto& result : sim::Host::Results()) ++answers[result.transaction];
+        std::set<uint64_t> expectAnswer;
+        for (const auto& [tx, answered] : sent) {
+            if (answered) expectAnswer.insert(tx);
+        }
+        std::size_t answeredCount = 0;
+        for (const auto& [tx, count] : answers) {
+            EXPECT_EQ(count, 1) << "transaction " << tx;
+            EXPECT_TRUE(expectAnswer.count(tx)) << "a silent request was answered: " << tx;
+            ++answeredCount;
+        }
+        EXPECT_GT(answeredCount, 0u) << "cycle " << cycle;
+        sim::ResetAll();
+        sim::Log::SetCapture(false);
+        sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN0001","device_index":3}]})");
+    }
+    plugin_.reset();
+}
+
+}  // namespace
+}  // namespace irctest
