@@ -21,27 +21,30 @@ void BM_CallbackReturn_BlasterBusy(benchmark::State& state) {
     const auto slow = HostProperty::Json("setKeyEvent", irbench::FanPayload(10));
     const auto quick = HostProperty::Json("setKeyEvent", irbench::FanPayload(39));  // refused
     std::vector<double> samples;
+    uint64_t expected = irbench::Answers();
     constexpr int kBatch = 500;
     int inBatch = kBatch;
     for (auto _ : state) {
         if (inBatch == kBatch) {
             state.PauseTiming();
-            irbench::WaitForAnswers(irbench::Answers());
+            irbench::WaitForAnswers(expected);  // the previous batch has drained
+            sim::IrBlaster::ClearJournal();
             sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(100));
-            const uint64_t before = irbench::Answers();
             sim::Host::SendSet(irbench::kService, {slow});
-            (void)before;
+            ++expected;
+            // Timing starts once the worker is on air with the slow send.
+            sim::IrBlaster::WaitForTransmissions(1, std::chrono::seconds(10));
             inBatch = 0;
             state.ResumeTiming();
         }
         const auto start = Clock::now();
         sim::Host::SendSet(irbench::kService, {quick});
         samples.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
+        ++expected;
         ++inBatch;
     }
-    state.PauseTiming();
     sim::IrBlaster::SetTransmitDelay(std::chrono::microseconds(0));
-    state.ResumeTiming();
+    irbench::WaitForAnswers(expected);
     std::sort(samples.begin(), samples.end());
     if (!samples.empty()) {
         state.counters["median_us"] = samples[samples.size() / 2];
