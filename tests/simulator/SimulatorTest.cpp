@@ -1,0 +1,142 @@
+// The simulator's own contract, which the plugin's tests rely on.
+#include <gtest/gtest.h>
+#include <irkt_irbl.h>
+#include <vconf.h>
+#include <vyrf.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <thread>
+
+#include "sim/Simulator.h"
+
+namespace {
+
+using sim::HostProperty;
+
+class SimulatorTest : public ::testing::Test {
+protected:
+    void SetUp() override { sim::ResetAll(); }
+};
+
+vyrf_string S(const char* text) { return vyrf_string{text, std::char_traits<char>::length(text)}; }
+
+struct Captured {
+    std::vector<std::string> names;
+    void* transaction = nullptr;
+};
+
+void OnSet(void*, void* transaction, void* list, void* user) {
+    auto* captured = static_cast<Captured*>(user);
+    captured->transaction = transaction;
+    for (void* p = vyrf_property_list_get_first(list); p != nullptr; p = vyrf_property_list_get_next(list, p)) {
+        vyrf_string name{};
+        captured->names.push_back(vyrf_property_get_name(&name, p) == 0 ? std::string(name.data, name.length)
+                                                                      : std::string("<unnamed>"));
+    }
+}
+
+TEST_F(SimulatorTest, SetRequestsReachTheCallbackAndResultsAreRecorded) {
+    Captured captured;
+    void* service = vyrf_service_create(S("svc"), S("desc"), nullptr, nullptr, &OnSet, nullptr, &captured);
+    ASSERT_NE(service, nullptr);
+    const auto lists = sim::Host::LiveLists();
+    const uint64_t tx = sim::Host::SendSet("svc", {HostProperty::Json("a", "{}"), HostProperty::Int("", 1)});
+    EXPECT_EQ(captured.names, (std::vector<std::string>{"a", "<unnamed>"}));
+    EXPECT_EQ(sim::Host::LiveLists(), lists);  // the request's list died with the callback
+
+    void* answer = vyrf_property_list_create();
+    vyrf_property_list_push_property(answer, vyrf_property_create_string(S("errorCode"), S("ok")), 0);
+    EXPECT_EQ(vyrf_service_send_set_property_result(service, captured.transaction, answer, 0), 0);
+    auto result = sim::Host::WaitResult(tx, std::chrono::milliseconds(10));
+    ASSERT_TRUE(result.has_value());
+    EXPECT_TRUE(result->serviceAlive);
+    ASSERT_EQ(result->properties.size(), 1u);
+    EXPECT_EQ(result->properties[0].text, "ok");
+    EXPECT_FALSE(sim::Host::WaitResult(tx + 1, std::chrono::milliseconds(10)).has_value());
+
+    vyrf_service_destroy(service);
+    EXPECT_THROW(sim::Host::SendSet("svc", {}), std::runtime_error);
+    EXPECT_NE(vyrf_service_send_set_property_result(service, captured.transaction, vyrf_property_list_create(), 0), 0);
+    EXPECT_FALSE(sim::Host::ResultsFor(tx).back().serviceAlive);
+    EXPECT_EQ(vyrf_service_destroy(nullptr), -1);
+    EXPECT_GE(sim::Host::CallsWithBadService(), 2u);
+}
+
+TEST_F(SimulatorTest, GettersLendBytesOnlyForTheirKind) {
+    void* list = vyrf_property_list_create();
+    vyrf_property_list_push_property(list, vyrf_property_create_int(S("n"), 5), 0);
+    void* copy = vyrf_property_list_copy(list);
+    vyrf_property_list_destroy(list);
+    void* n = vyrf_property_list_find(copy, S("n"));
+    int value = 0;
+    EXPECT_EQ(vyrf_property_get_int(n, &value), 0);
+    EXPECT_EQ(value, 5);
+    vyrf_string text{"x", 1};
+    EXPECT_NE(vyrf_property_get_string(&text, n), 0);
+    EXPECT_EQ(text.data, nullptr);
+    EXPECT_NE(vyrf_property_get_json_string(&text, nullptr), 0);
+    vyrf_property_list_destroy(copy);
+}
+
+TEST_F(SimulatorTest, FaultsCountDown) {
+    sim::Host::InjectFault(sim::HostFault::ListCreate, 2);
+    EXPECT_EQ(vyrf_property_list_create(), nullptr);
+    EXPECT_EQ(vyrf_property_list_create(), nullptr);
+    void* list = vyrf_property_list_create();
+    EXPECT_NE(list, nullptr);
+    vyrf_property_list_destroy(list);
+    sim::Settings::InjectFault(sim::SettingsFault::GetStr, -1);
+    sim::Settings::SetString("k", "v");
+    EXPECT_EQ(vconf_get_str("k"), nullptr);
+    EXPECT_EQ(vconf_get_str("k"), nullptr);
+    sim::Settings::ClearFaults();
+    std::unique_ptr<char, decltype(&std::free)> text(vconf_get_str("k"), &std::free);
+    EXPECT_STREQ(text.get(), "v");
+}
+
+TEST_F(SimulatorTest, BlasterJournalsCallsInTheOrderReceived) {
+    sim::IrBlaster::SetSendResult(false);
+    EXPECT_FALSE(irkt_irbl_send_command_zdevice(7, 2, true));
+    EXPECT_EQ(irkt_irbl_set_aircon_states_and_send_command(3, "cool", "on", "24", "low"), 0);
+    EXPECT_EQ(irkt_irbl_get_supported_keymap_hcodeset("UNKNOWN", false), nullptr);
+    auto journal = sim::IrBlaster::Journal();
+    ASSERT_EQ(journal.size(), 3u);
+    EXPECT_EQ(journal[0].function, sim::IrCall::Function::SendZ);
+    EXPECT_TRUE(journal[0].online);
+    EXPECT_EQ(journal[1].mode, "cool");
+    EXPECT_EQ(journal[1].power, "on");
+    EXPECT_EQ(journal[2].codeset, "UNKNOWN");
+    EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(2, std::chrono::milliseconds(1)));
+}
+
+TEST_F(SimulatorTest, SettingsSeedFromAFile) {
+    const std::string path = std::string(IRC_BINARY_DIR) + "/simulator_seed.txt";
+    std::ofstream(path) << "# seed\nint db/year 23\nstring db/devices {\"dev_info\":[]}\n";
+    std::string error;
+    ASSERT_TRUE(sim::Settings::SeedFromFile(path, &error)) << error;
+    EXPECT_EQ(sim::Settings::GetInt("db/year"), 23);
+    EXPECT_EQ(sim::Settings::GetString("db/devices"), "{\"dev_info\":[]}");
+    std::ofstream(path) << "int db/year soon\n";
+    EXPECT_FALSE(sim::Settings::SeedFromFile(path, &error));
+    EXPECT_NE(error.find("not an integer"), std::string::npos);
+    std::remove(path.c_str());
+}
+
+TEST_F(SimulatorTest, ConcurrentSendSetIsSafe) {
+    Captured unused;
+    void* service = vyrf_service_create(S("svc"), S("d"), nullptr, nullptr, nullptr, nullptr, &unused);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([] {
+            for (int i = 0; i < 200; ++i) sim::Host::SendSet("svc", {HostProperty::String("a", "b")});
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    vyrf_service_destroy(service);
+    EXPECT_EQ(sim::Host::LiveProperties(), 0u);
+}
+
+}  // namespace
