@@ -1,16 +1,16 @@
-#include "Session.h"
+#include "CSession.h"
 
 #include <chrono>
-#include <cstdlib>
 
-#include "Defaults.h"
+#include "CApplianceTypes.h"
+#include "CCommandLine.h"
 #include "JsonValue.h"
 
-namespace irhost {
+namespace ircontrol::host {
 
 using common::json::JsonValue;
 
-std::string Session::KeyPayload(const std::string& type, const std::string& codeset, int key) {
+std::string CSession::KeyPayload(const std::string& type, const std::string& codeset, int key) {
     JsonValue payload;
     payload["x.com.korvan.deviceType"] = type;
     payload["x.com.korvan.codesetName"] = codeset;
@@ -18,7 +18,7 @@ std::string Session::KeyPayload(const std::string& type, const std::string& code
     return payload.toString();
 }
 
-std::string Session::AcPayload(const std::string& codeset, const AcState& state) {
+std::string CSession::AcPayload(const std::string& codeset, const AcState& state) {
     JsonValue payload;
     payload["x.com.korvan.deviceType"] = "oic.d.airconditioner";
     payload["x.com.korvan.codesetName"] = codeset;
@@ -31,16 +31,16 @@ std::string Session::AcPayload(const std::string& codeset, const AcState& state)
     return payload.toString();
 }
 
-Exchange Session::Key(const std::string& type, const std::string& codeset, int key, int waitMs) {
+Exchange CSession::Key(const std::string& type, const std::string& codeset, int key, int waitMs) {
     Exchange exchange;
-    exchange.label = ShortName(type);
+    exchange.label = CApplianceTypes::ShortName(type);
     exchange.summary = "key " + std::to_string(key) + " (" + codeset + ")";
     exchange.property = "setKeyEvent";
     exchange.payload = KeyPayload(type, codeset, key);
     return send(exchange, sim::HostProperty::Json(exchange.property, exchange.payload), waitMs);
 }
 
-Exchange Session::Ac(const std::string& codeset, const AcState& state) {
+Exchange CSession::Ac(const std::string& codeset, const AcState& state) {
     Exchange exchange;
     exchange.label = "ac";
     exchange.summary = state.power + " " + state.mode + " " + std::to_string(state.setpoint) + " " +
@@ -50,7 +50,7 @@ Exchange Session::Ac(const std::string& codeset, const AcState& state) {
     return send(exchange, sim::HostProperty::Json(exchange.property, exchange.payload), -1);
 }
 
-bool Session::Set(const std::string& name, const std::string& kind, const std::string& value,
+bool CSession::Set(const std::string& name, const std::string& kind, const std::string& value,
                   Exchange& out, std::string& error, int waitMs) {
     Exchange exchange;
     exchange.label = name;
@@ -63,13 +63,12 @@ bool Session::Set(const std::string& name, const std::string& kind, const std::s
     } else if (kind == "string") {
         property = sim::HostProperty::String(name, value);
     } else if (kind == "int") {
-        char* end = nullptr;
-        const long number = std::strtol(value.c_str(), &end, 10);
-        if (value.empty() || *end != '\0') {
+        int number = 0;
+        if (!CCommandLine::ParseInt(value, number)) {
             error = "--value '" + value + "' is not an integer";
             return false;
         }
-        property = sim::HostProperty::Int(name, static_cast<int>(number));
+        property = sim::HostProperty::Int(name, number);
     } else if (kind == "bool") {
         if (value != "true" && value != "false") {
             error = "--value must be true or false for --kind bool";
@@ -84,7 +83,7 @@ bool Session::Set(const std::string& name, const std::string& kind, const std::s
     return true;
 }
 
-Exchange Session::send(Exchange exchange, const sim::HostProperty& property, int waitMs) {
+Exchange CSession::send(Exchange exchange, const sim::HostProperty& property, int waitMs) {
     sim::IrBlaster::ClearJournal();
     exchange.transaction = sim::Host::SendSet("ircontrol", {property});
     const int wait = waitMs >= 0 ? waitMs : timeoutMs_;
@@ -105,4 +104,4 @@ Exchange Session::send(Exchange exchange, const sim::HostProperty& property, int
     return exchange;
 }
 
-}  // namespace irhost
+}  // namespace ircontrol::host

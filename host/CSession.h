@@ -1,6 +1,7 @@
 // Drives the loaded plugin through the simulated host: builds each request, sends it on the
 // service "ircontrol", waits for its answer and collects what the IR blaster was asked to send.
-// One request at a time, on the calling thread.
+// One request at a time, on the calling thread; the plugin must be started (service present).
+// SendSet throws std::runtime_error when the service is gone; nothing else is thrown.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +12,7 @@
 
 #include "sim/Simulator.h"
 
-namespace irhost {
+namespace ircontrol::host {
 
 struct Exchange {
     std::string label;      // appliance kind or property, for display
@@ -30,9 +31,9 @@ struct AcState {
     std::string fan = "AUTO";
 };
 
-class Session {
+class CSession {
 public:
-    explicit Session(int timeoutMs) : timeoutMs_(timeoutMs) {}
+    explicit CSession(int timeoutMs) : timeoutMs_(timeoutMs) {}
 
     Exchange Key(const std::string& type, const std::string& codeset, int key, int waitMs = -1);
     Exchange Ac(const std::string& codeset, const AcState& state);
@@ -49,4 +50,4 @@ private:
     int timeoutMs_;
 };
 
-}  // namespace irhost
+}  // namespace ircontrol::host

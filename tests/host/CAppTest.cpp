@@ -1,4 +1,4 @@
-#include "App.h"
+#include "CApp.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include "JsonValue.h"
 #include "sim/Simulator.h"
 
-namespace irhost {
+namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
@@ -22,11 +22,11 @@ struct Outcome {
 
 Outcome RunApp(std::vector<std::string> args, const std::string& input = "") {
     args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
-    Options options = Parse(args);
+    Options options = CCommandLine::Parse(args);
     EXPECT_EQ(options.error, "");
     std::istringstream in(input);
     std::ostringstream out, err;
-    const int status = App(options, in, out, err).Run();
+    const int status = CApp(options, in, out, err).Run();
     return {status, out.str(), err.str()};
 }
 
@@ -82,10 +82,10 @@ TEST(AppTest, UserMistakesGetAClearMessage) {
         EXPECT_NE(run.status, 0);
         EXPECT_EQ(run.err, "ircontrol-host: " + message + "\n");
     }
-    Options options = Parse({"--plugin", "/no/plugin.so", "demo"});
+    Options options = CCommandLine::Parse({"--plugin", "/no/plugin.so", "demo"});
     std::istringstream in;
     std::ostringstream out, err;
-    EXPECT_EQ(App(options, in, out, err).Run(), 1);
+    EXPECT_EQ(CApp(options, in, out, err).Run(), 1);
     EXPECT_EQ(err.str(), "ircontrol-host: plugin library not found: /no/plugin.so\n");
 }
 
@@ -118,7 +118,8 @@ TEST(AppTest, ServeAnswersEachLineInOrder) {
     EXPECT_EQ(answers[2]["ir"].size(), 0u);
     EXPECT_EQ(answers[3]["property"].asString(), "setDeviceEvent");
     EXPECT_EQ(answers[3]["answer"]["errorCode"].asString(), "ok");
-    EXPECT_EQ(answers[4]["error"].asString(), "\"key\" must be an integer");
+    EXPECT_EQ(answers[4]["error"].asString(), "key: \"key\" needs a key code");
+    EXPECT_EQ(answers[4]["line"].asInt(), 6);
 }
 
 TEST(AppTest, DevicesListsThePairingWithKeyMaps) {
@@ -134,4 +135,4 @@ TEST(AppTest, DevicesListsThePairingWithKeyMaps) {
 }
 
 }  // namespace
-}  // namespace irhost
+}  // namespace ircontrol::host

@@ -1,12 +1,12 @@
-#include "Options.h"
+#include "CCommandLine.h"
 
 #include <gtest/gtest.h>
 
-namespace irhost {
+namespace ircontrol::host {
 namespace {
 
 TEST(OptionsTest, ParsesGlobalAndCommandOptions) {
-    const Options o = Parse({"--json", "--year", "24", "key", "--type", "fan", "--key", "12",
+    const Options o = CCommandLine::Parse({"--json", "--year", "24", "key", "--type", "fan", "--key", "12",
                              "--ir-delay", "68", "--plugin", "/p.so", "--verbose"});
     EXPECT_EQ(o.error, "");
     EXPECT_EQ(o.command, "key");
@@ -30,19 +30,19 @@ TEST(OptionsTest, MistakesGiveOneLineReasons) {
         {{"demo", "--timeout", "0"}, "--timeout needs milliseconds, not '0'"},
         {{"demo", "extra"}, "unexpected argument 'extra'"},
     };
-    for (const auto& [args, reason] : cases) EXPECT_EQ(Parse(args).error, reason);
+    for (const auto& [args, reason] : cases) EXPECT_EQ(CCommandLine::Parse(args).error, reason);
 }
 
 TEST(OptionsTest, HelpNeedsNoCommandAndEveryCommandDescribesItself) {
-    EXPECT_TRUE(Parse({"--help"}).help);
-    EXPECT_EQ(Parse({"--help"}).error, "");
-    for (const auto& spec : Commands()) {
-        const std::string usage = CommandUsage(spec);
+    EXPECT_TRUE(CCommandLine::Parse({"--help"}).help);
+    EXPECT_EQ(CCommandLine::Parse({"--help"}).error, "");
+    for (const auto& spec : CCommandLine::Commands()) {
+        const std::string usage = CCommandLine::CommandUsage(spec);
         EXPECT_NE(usage.find("ircontrol-host [options] " + spec.name), std::string::npos);
         for (const auto& option : spec.options) EXPECT_NE(usage.find("--" + option.first), std::string::npos);
     }
-    EXPECT_NE(Usage().find("serve"), std::string::npos);
+    EXPECT_NE(CCommandLine::Usage().find("serve"), std::string::npos);
 }
 
 }  // namespace
-}  // namespace irhost
+}  // namespace ircontrol::host

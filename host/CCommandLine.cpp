@@ -1,34 +1,39 @@
-#include "Options.h"
+#include "CCommandLine.h"
 
 #include <cstdlib>
 #include <sstream>
 
-namespace irhost {
+namespace ircontrol::host {
 namespace {
-
-bool ParseInt(const std::string& text, int& out) {
-    if (text.empty()) return false;
-    char* end = nullptr;
-    const long value = std::strtol(text.c_str(), &end, 10);
-    if (*end != '\0' || value < -1000000000L || value > 1000000000L) return false;
-    out = static_cast<int>(value);
-    return true;
-}
 
 const std::vector<std::pair<std::string, std::string>> kGlobal = {
     {"--plugin PATH", "plugin library (default: libircontrol-plugin.so beside this program)"},
     {"--devices FILE", "pairing list JSON {\"dev_info\":[{\"codeset\",\"device_index\",\"type\"}]}"},
     {"--catalogue FILE", "key maps JSON {\"<codeset>\": \"<key map text>\"}"},
     {"--year N", "TV model year reported by the platform (default 23)"},
-    {"--ir-delay MS", "simulated on-air time of each transmission"},
+    {"--mbr-support on|off", "IR service feature flag reported by the platform (default on)"},
+    {"--ir-delay MS", "simulated on-air time of each transmission (default 0)"},
     {"--timeout MS", "how long to wait for each answer (default 2000)"},
     {"--json", "machine-readable output, one JSON object per line"},
     {"--verbose", "show the plugin's own log lines on stderr"},
 };
 
+std::string Pad(const std::string& text, std::size_t width) {
+    return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
+}
+
 }  // namespace
 
-const std::vector<CommandSpec>& Commands() {
+bool CCommandLine::ParseInt(const std::string& text, int& out) {
+    if (text.empty()) return false;
+    char* end = nullptr;
+    const long long value = std::strtoll(text.c_str(), &end, 10);
+    if (*end != '\0' || value < -1000000000LL || value > 1000000000LL) return false;
+    out = static_cast<int>(value);
+    return true;
+}
+
+const std::vector<CommandSpec>& CCommandLine::Commands() {
     static const std::vector<CommandSpec> commands = {
         {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}},
         {"key", "send one key to one appliance",
@@ -51,15 +56,16 @@ const std::vector<CommandSpec>& Commands() {
     return commands;
 }
 
-const CommandSpec* FindCommand(const std::string& name) {
+const CommandSpec* CCommandLine::FindCommand(const std::string& name) {
     for (const auto& spec : Commands()) {
         if (spec.name == name) return &spec;
     }
     return nullptr;
 }
 
-Options Parse(const std::vector<std::string>& args) {
+Options CCommandLine::Parse(const std::vector<std::string>& args) {
     Options options;
+    // The first mistake is the one reported; later ones are usually its consequences.
     auto fail = [&](const std::string& reason) {
         if (options.error.empty()) options.error = reason;
     };
@@ -102,6 +108,9 @@ Options Parse(const std::vector<std::string>& args) {
         } else if (name == "year") {
             if (!ParseInt(value, number)) fail("--year needs a whole number, not '" + value + "'");
             options.year = number;
+        } else if (name == "mbr-support") {
+            if (value != "on" && value != "off") fail("--mbr-support needs on or off, not '" + value + "'");
+            options.mbrSupport = value == "on";
         } else if (name == "ir-delay") {
             if (!ParseInt(value, number) || number < 0) fail("--ir-delay needs milliseconds, not '" + value + "'");
             options.irDelayMs = number;
@@ -114,38 +123,39 @@ Options Parse(const std::vector<std::string>& args) {
     }
     if (options.command.empty() && !options.help) fail("no command given (try --help)");
     if (const CommandSpec* spec = FindCommand(options.command)) {
-        for (const auto& [name, value] : options.values) {
+        for (const auto& entry : options.values) {
             bool known = false;
-            for (const auto& option : spec->options) known = known || option.first == name;
-            if (!known) fail("'" + spec->name + "' has no option --" + name);
+            for (const auto& option : spec->options) known = known || option.first == entry.first;
+            if (!known) fail("'" + spec->name + "' has no option --" + entry.first);
         }
     }
     return options;
 }
 
-std::string Usage() {
+std::string CCommandLine::Usage() {
     std::ostringstream out;
     out << "usage: ircontrol-host [options] <command> [command options]\n\n"
         << "Loads the IR control plugin into the desktop platform simulator, as the TV's host does,\n"
         << "and drives it.\n\ncommands:\n";
-    for (const auto& spec : Commands()) out << "  " << spec.name << std::string(10 - spec.name.size(), ' ') << spec.summary << "\n";
+    for (const auto& spec : Commands()) out << "  " << Pad(spec.name, 10) << spec.summary << "\n";
     out << "\noptions:\n";
-    for (const auto& [name, help] : kGlobal) out << "  " << name << std::string(20 - name.size(), ' ') << help << "\n";
-    out << "\n'ircontrol-host <command> --help' describes a command's own options.\n";
+    for (const auto& [name, help] : kGlobal) out << "  " << Pad(name, 22) << help << "\n";
+    out << "\n'ircontrol-host <command> --help' describes a command's own options.\n"
+        << "Exit status: 0 success, 1 a refused or missing answer or an unusable input, 2 bad usage.\n";
     return out.str();
 }
 
-std::string CommandUsage(const CommandSpec& spec) {
+std::string CCommandLine::CommandUsage(const CommandSpec& spec) {
     std::ostringstream out;
-    out << "usage: ircontrol-host [options] " << spec.name << (spec.options.empty() ? "" : " [--option value ...]")
-        << "\n\n" << spec.summary << "\n";
+    out << "usage: ircontrol-host [options] " << spec.name
+        << (spec.options.empty() ? "" : " [--option value ...]") << "\n\n"
+        << spec.summary << "\n";
     if (!spec.options.empty()) {
         out << "\n";
-        for (const auto& [name, help] : spec.options) {
-            out << "  --" << name << std::string(12 - name.size(), ' ') << help << "\n";
-        }
+        for (const auto& [name, help] : spec.options) out << "  " << Pad("--" + name, 14) << help << "\n";
     }
+    out << "\n'ircontrol-host --help' lists the options every command takes.\n";
     return out.str();
 }
 
-}  // namespace irhost
+}  // namespace ircontrol::host

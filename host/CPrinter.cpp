@@ -1,19 +1,25 @@
-#include "Printer.h"
+#include "CPrinter.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "CApplianceTypes.h"
 #include "JsonValue.h"
 
-namespace irhost {
+namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
+
+constexpr std::size_t kLabelWidth = 18;
+constexpr std::size_t kRequestWidth = 30;
+constexpr std::size_t kVerdictWidth = 10;
+constexpr std::size_t kDetailColumn = kLabelWidth + kRequestWidth + kVerdictWidth;
 
 std::string Pad(const std::string& text, std::size_t width) {
     return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
 }
 
+// The host property type numbers the service registers with.
 const char* TypeName(int type) {
     switch (type) {
         case 0: return "bool";
@@ -27,7 +33,7 @@ const char* TypeName(int type) {
 
 }  // namespace
 
-std::string Printer::Transmission(const sim::IrCall& call) {
+std::string CPrinter::Transmission(const sim::IrCall& call) {
     const std::string index = "#" + std::to_string(call.deviceIndex);
     switch (call.function) {
         case sim::IrCall::Function::SendH: return "hdevice " + index + " key " + std::to_string(call.key);
@@ -39,7 +45,7 @@ std::string Printer::Transmission(const sim::IrCall& call) {
     }
 }
 
-std::string Printer::ExchangeJson(const irhost::Exchange& exchange) {
+std::string CPrinter::ExchangeJson(const ircontrol::host::Exchange& exchange, const std::string& note) {
     JsonValue line;
     line["property"] = exchange.property;
     line["payload"] = exchange.payload;
@@ -67,10 +73,11 @@ std::string Printer::ExchangeJson(const irhost::Exchange& exchange) {
         }
         ir.append(std::move(entry));
     }
+    if (!note.empty()) line["note"] = note;
     return line.toString();
 }
 
-void Printer::Service(const sim::ServiceInfo& service) {
+void CPrinter::Service(const sim::ServiceInfo& service) {
     if (json_) {
         JsonValue line;
         line["service"] = service.name;
@@ -89,45 +96,64 @@ void Printer::Service(const sim::ServiceInfo& service) {
     }
     out_ << "service  " << service.name << "  (" << service.description << ")\n";
     auto properties = service.properties;  // registration follows a hash order; show it sorted
-    std::sort(properties.begin(), properties.end(),
-              [](const auto& a, const auto& b) { return a.name < b.name; });
+    std::sort(properties.begin(), properties.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     for (const auto& p : properties) {
         out_ << "  property  " << Pad(p.name, 16) << Pad(TypeName(p.type), 8) << p.description << "\n";
     }
     out_ << "\n";
 }
 
-void Printer::ExchangeHeader() {
+void CPrinter::ExchangeHeader() {
     if (json_) return;
-    out_ << Pad("appliance", 18) << Pad("request", 30) << Pad("answer", 10) << "IR transmission / description\n";
+    out_ << Pad("appliance", kLabelWidth) << Pad("request", kRequestWidth) << Pad("answer", kVerdictWidth)
+         << "IR transmission / description\n";
 }
 
-void Printer::Exchange(const irhost::Exchange& exchange) {
+void CPrinter::Exchange(const ircontrol::host::Exchange& exchange, const std::string& note) {
     if (json_) {
-        out_ << ExchangeJson(exchange) << "\n";
+        out_ << ExchangeJson(exchange, note) << "\n";
         return;
     }
     std::string verdict = "no answer";
     std::string detail = "(none within the timeout)";
     if (exchange.answer) {
-        verdict = exchange.answer->first == "ok" ? "ok" : "refused";
-        detail = exchange.answer->first == "ok" ? "" : exchange.answer->first + ": " + exchange.answer->second;
+        const bool ok = exchange.answer->first == "ok";
+        verdict = ok ? "ok" : "refused";
+        detail = ok ? "" : exchange.answer->first + ": " + exchange.answer->second;
     }
-    std::string line = Pad(exchange.label, 18) + Pad(exchange.summary, 30) + Pad(verdict, 10);
+    const std::string row = Pad(exchange.label, kLabelWidth) + Pad(exchange.summary, kRequestWidth) +
+                            Pad(verdict, kVerdictWidth);
+    const std::string indent(kDetailColumn, ' ');
     if (exchange.transmissions.empty()) {
-        out_ << line << (detail.empty() ? "(nothing transmitted)" : detail) << "\n";
-        return;
+        out_ << row << (detail.empty() ? "(nothing transmitted)" : detail) << "\n";
+    } else {
+        for (std::size_t i = 0; i < exchange.transmissions.size(); ++i) {
+            out_ << (i == 0 ? row : indent) << Transmission(exchange.transmissions[i]) << "\n";
+        }
+        if (!detail.empty()) out_ << indent << detail << "\n";
     }
-    for (std::size_t i = 0; i < exchange.transmissions.size(); ++i) {
-        out_ << (i == 0 ? line : std::string(58, ' ')) << Transmission(exchange.transmissions[i]) << "\n";
-    }
-    if (!detail.empty()) out_ << std::string(58, ' ') << detail << "\n";
+    if (!note.empty()) out_ << indent << "(" << note << ")\n";
 }
 
-void Printer::Devices(const std::vector<PairedDevice>& devices,
-                      const std::vector<std::pair<std::string, std::string>>& catalogue) {
+void CPrinter::Summary(std::size_t steps, std::size_t unexpected) {
+    if (json_) {
+        JsonValue line;
+        line["summary"]["requests"] = static_cast<long long>(steps);
+        line["summary"]["unexpected"] = static_cast<long long>(unexpected);
+        out_ << line.toString() << "\n";
+        return;
+    }
+    out_ << "\n"
+         << (unexpected == 0 ? "every answer was the expected one"
+                             : std::to_string(unexpected) + " answer(s) differed from the expected ones")
+         << "\n";
+}
+
+void CPrinter::Devices(const std::vector<PairedDevice>& devices,
+                       const std::vector<std::pair<std::string, std::string>>& catalogue) {
+    if (!json_) out_ << Pad("appliance", 12) << Pad("codeset", 12) << Pad("index", 7) << "key map\n";
     for (const auto& device : devices) {
-        std::string keyMap = "(no key map)";
+        std::string keyMap;
         for (const auto& [codeset, text] : catalogue) {
             if (codeset == device.codeset) keyMap = text;
         }
@@ -139,14 +165,11 @@ void Printer::Devices(const std::vector<PairedDevice>& devices,
             line["keyMap"] = keyMap;
             out_ << line.toString() << "\n";
         } else {
-            out_ << Pad(ShortName(device.type.empty() ? "?" : device.type), 12) << Pad(device.codeset, 12)
-                 << Pad("#" + std::to_string(device.deviceIndex), 6) << keyMap << "\n";
+            out_ << Pad(device.type.empty() ? "?" : CApplianceTypes::ShortName(device.type), 12)
+                 << Pad(device.codeset, 12) << Pad("#" + std::to_string(device.deviceIndex), 7)
+                 << (keyMap.empty() ? "(no key map)" : keyMap) << "\n";
         }
     }
 }
 
-void Printer::Note(const std::string& text) {
-    if (!json_) out_ << text << "\n";
-}
-
-}  // namespace irhost
+}  // namespace ircontrol::host

@@ -1,0 +1,21 @@
+// The five appliance kinds the service drives: short names for the command line and their OCF
+// device types. Stateless.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ircontrol::host {
+
+class CApplianceTypes {
+public:
+    // (short name, OCF type), in the order the tool shows them.
+    static const std::vector<std::pair<std::string, std::string>>& All();
+    // "fan" -> "oic.d.fan"; a dotted name is taken as an OCF type as it stands; "" if neither.
+    static std::string Resolve(const std::string& nameOrType);
+    // "oic.d.fan" -> "fan"; any other type comes back unchanged.
+    static std::string ShortName(const std::string& type);
+};
+
+}  // namespace ircontrol::host

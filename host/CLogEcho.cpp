@@ -1,0 +1,45 @@
+#include "CLogEcho.h"
+
+#include "sim/Simulator.h"
+
+namespace ircontrol::host {
+
+CLogEcho::CLogEcho(std::ostream& out, bool terminal) : sink_(new Sink{{}, out, terminal}) {
+    // The simulator's own echo would print every line a second time.
+    sim::Log::SetEcho(false);
+    std::shared_ptr<Sink> sink = sink_;
+    sim::Log::SetListener([sink](const sim::LogLine& line) {
+        const std::string text = Format(line.priority, line.tag, line.text, sink->terminal);
+        std::lock_guard<std::mutex> lock(sink->mutex);
+        sink->out << text << '\n' << std::flush;
+    });
+}
+
+CLogEcho::~CLogEcho() {
+    sim::Log::SetListener({});
+    // A line being written on another thread finishes before the stream can go away.
+    std::lock_guard<std::mutex> lock(sink_->mutex);
+}
+
+std::string CLogEcho::Format(int priority, const std::string& tag, const std::string& text, bool colour) {
+    static const char kLetters[] = "??VDIWEF";  // dlog priority numbers 2..7
+    const char letter = priority >= 0 && priority < 8 ? kLetters[priority] : '?';
+    std::string body;
+    body.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!colour && text[i] == '\x1b' && i + 1 < text.size() && text[i + 1] == '[') {
+            std::size_t end = text.find('m', i);
+            if (end != std::string::npos) {
+                i = end;
+                continue;
+            }
+        }
+        body += text[i];
+    }
+    while (!body.empty() && (body.back() == '\n' || body.back() == '\r')) body.pop_back();
+    std::string head = std::string(1, letter) + "/" + tag;
+    if (head.size() < 14) head.resize(14, ' ');
+    return head + body;
+}
+
+}  // namespace ircontrol::host

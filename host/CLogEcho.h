@@ -1,0 +1,32 @@
+// --verbose: shows every line the plugin logs on a stream while it lives, one readable line each
+// ("I/IRCONTROL   CIRControl.cpp : HandleKeyEvent(33)  key event str: ..."). Colour sequences
+// are kept only when the stream is a terminal. Lines come from any thread; they are serialised.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <ostream>
+#include <string>
+
+namespace ircontrol::host {
+
+class CLogEcho {
+public:
+    CLogEcho(std::ostream& out, bool terminal);
+    ~CLogEcho();  // removes the listener; no line is written afterwards
+    CLogEcho(const CLogEcho&) = delete;
+    CLogEcho& operator=(const CLogEcho&) = delete;
+
+    // "E/IRCONTROL   text", without ESC [ ... m sequences unless `colour`.
+    static std::string Format(int priority, const std::string& tag, const std::string& text, bool colour);
+
+private:
+    struct Sink {
+        std::mutex mutex;
+        std::ostream& out;
+        bool terminal;
+    };
+    std::shared_ptr<Sink> sink_;
+};
+
+}  // namespace ircontrol::host

@@ -1,0 +1,51 @@
+// What the simulated platform holds before the plugin starts: the pairing list in the settings
+// store, the IR blaster's codeset catalogue (key maps), the model year and the IR service feature
+// flag. Starts from embedded defaults (one paired appliance of each kind); Load() replaces them
+// from the files and values given on the command line. Apply() writes it all into the simulator.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "CCommandLine.h"
+
+namespace ircontrol::host {
+
+struct PairedDevice {
+    std::string codeset;
+    int deviceIndex = 0;
+    std::string type;  // OCF device type; only the tool reads it, the plugin ignores it
+};
+
+class CPlatformSetup {
+public:
+    CPlatformSetup();
+
+    // false with a one-line reason when a file cannot be read or is not the expected JSON.
+    bool Load(const Options& options, std::string& error);
+    void Apply() const;
+
+    const std::string& PairingText() const { return pairingText_; }
+    const std::vector<PairedDevice>& Devices() const { return devices_; }
+    const std::vector<std::pair<std::string, std::string>>& Catalogue() const { return catalogue_; }
+    // The codeset of the first paired appliance of that OCF type, "" if none.
+    std::string PairedCodeset(const std::string& type) const;
+
+    // The parsers behind Load(), for other texts; false with a one-line reason.
+    static bool ParsePairing(const std::string& text, std::vector<PairedDevice>& out, std::string& error);
+    static bool ParseCatalogue(const std::string& text, std::vector<std::pair<std::string, std::string>>& out,
+                               std::string& error);
+
+    static constexpr int kDefaultYear = 23;
+    static constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
+
+private:
+    std::string pairingText_;
+    std::vector<PairedDevice> devices_;
+    std::vector<std::pair<std::string, std::string>> catalogue_;
+    int year_ = kDefaultYear;
+    bool mbrSupport_ = true;
+};
+
+}  // namespace ircontrol::host
