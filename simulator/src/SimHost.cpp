@@ -224,56 +224,55 @@ std::optional<ServiceInfo> Host::FindService(const std::string& name) {
     return std::nullopt;
 }
 
-uint64_t Host::SendSet(const std::string& service, const std::vector<HostProperty>& properties) {
-    SimService target = FindByName(service);
-    void* handle = HandleOf(service);
+namespace {
+// What a host-side call into a service needs, looked up under the lock and used without it.
+struct Target {
+    SimService service;
+    void* handle;
     uint64_t transaction;
-    {
-        std::lock_guard<std::mutex> lock(State().mutex);
-        transaction = State().nextTransaction++;
-    }
+};
+
+Target Prepare(const std::string& name) {
+    Target target{FindByName(name), HandleOf(name), 0};
+    std::lock_guard<std::mutex> lock(State().mutex);
+    target.transaction = State().nextTransaction++;
+    return target;
+}
+}  // namespace
+
+uint64_t Host::SendSet(const std::string& service, const std::vector<HostProperty>& properties) {
+    Target t = Prepare(service);
     SimList* list = BuildList(properties);
-    if (target.onSet != nullptr) {
-        target.onSet(handle, reinterpret_cast<vyrf_transaction_h>(transaction), list, target.userData);
+    if (t.service.onSet != nullptr) {
+        t.service.onSet(t.handle, reinterpret_cast<vyrf_transaction_h>(t.transaction), list,
+                        t.service.userData);
     }
     DeleteList(list);  // the host's list lives only for the callback
-    return transaction;
+    return t.transaction;
 }
 
 void Host::SendGet(const std::string& service, const std::vector<HostProperty>& properties) {
-    SimService target = FindByName(service);
-    void* handle = HandleOf(service);
-    uint64_t transaction;
-    {
-        std::lock_guard<std::mutex> lock(State().mutex);
-        transaction = State().nextTransaction++;
-    }
+    Target t = Prepare(service);
     SimList* list = BuildList(properties);
-    if (target.onGet != nullptr) {
-        target.onGet(handle, reinterpret_cast<vyrf_transaction_h>(transaction), list, target.userData);
+    if (t.service.onGet != nullptr) {
+        t.service.onGet(t.handle, reinterpret_cast<vyrf_transaction_h>(t.transaction), list,
+                        t.service.userData);
     }
     DeleteList(list);
 }
 
 void Host::SendCancel(const std::string& service) {
-    SimService target = FindByName(service);
-    void* handle = HandleOf(service);
-    uint64_t transaction;
-    {
-        std::lock_guard<std::mutex> lock(State().mutex);
-        transaction = State().nextTransaction++;
-    }
-    if (target.onCancel != nullptr) {
-        target.onCancel(handle, reinterpret_cast<vyrf_transaction_h>(transaction), target.userData);
+    Target t = Prepare(service);
+    if (t.service.onCancel != nullptr) {
+        t.service.onCancel(t.handle, reinterpret_cast<vyrf_transaction_h>(t.transaction), t.service.userData);
     }
 }
 
 void Host::SendProtocolStatus(const std::string& service, const std::string& protocol, int status) {
-    SimService target = FindByName(service);
-    void* handle = HandleOf(service);
-    if (target.onProtocolStatus != nullptr) {
-        target.onProtocolStatus(handle, vyrf_string{protocol.data(), protocol.size()}, status,
-                                target.userData);
+    Target t = Prepare(service);
+    if (t.service.onProtocolStatus != nullptr) {
+        t.service.onProtocolStatus(t.handle, vyrf_string{protocol.data(), protocol.size()}, status,
+                                   t.service.userData);
     }
 }
 

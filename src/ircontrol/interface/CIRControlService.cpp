@@ -7,18 +7,13 @@
 #include "common/CRequest.h"
 #include "common/Constants.h"
 #include "common/ServiceLog.h"
+#include "util/VyrfString.h"
 #include "property/CPropertyManager.h"
 #include "util/CVyrfTypeConverter.h"
 #include "util/IPropertyListHelper.h"
 
 namespace ircontrol {
 namespace {
-
-vyrf_string MakeString(const std::string& text) {
-    vyrf_string out{nullptr, 0};
-    vyrf_string_new(&out, text.data(), text.size());
-    return out;
-}
 
 // Owns an answer list until the host takes it over.
 struct ListDeleter {
@@ -76,7 +71,7 @@ void CIRControlService::Deinit() {
 vyrf_service_h CIRControlService::createService() {
     const std::string name = kServiceName;
     const std::string description = kServiceDescription;
-    return vyrf_service_create(MakeString(name), MakeString(description), &protocolStatusCallback,
+    return vyrf_service_create(ToVyrfString(name), ToVyrfString(description), &protocolStatusCallback,
                                &getRequestCallback, &setRequestCallback, &cancelRequestCallback,
                                this);
 }
@@ -91,8 +86,8 @@ void CIRControlService::registerProperty(vyrf_service_h service) {
         const PropertyDefinition& def = entry.second;
         const int type = CVyrfTypeConverter::GetVyrfPropertyType(def.type);
         const vyrf_error err = vyrf_service_register_property(
-            service, MakeString(def.name), type, static_cast<int64_t>(def.lowerBound),
-            static_cast<int64_t>(def.upperBound), MakeString(def.description));
+            service, ToVyrfString(def.name), type, static_cast<int64_t>(def.lowerBound),
+            static_cast<int64_t>(def.upperBound), ToVyrfString(def.description));
         IRC_LOGI("err: %d, name: %s, type: %d, desc: %s", err, def.name.c_str(), type,
                  def.description.c_str());
     }
@@ -102,7 +97,7 @@ void CIRControlService::unregisterProperty() {
     const auto definitions = CPropertyManager::GetInstance().GetAllPropertyInfo();
     for (const auto& entry : definitions) {
         const vyrf_error err =
-            vyrf_service_unregister_property(serviceHandle_, MakeString(entry.second.name));
+            vyrf_service_unregister_property(serviceHandle_, ToVyrfString(entry.second.name));
         IRC_LOGI("err: %d, property: [%s] unregistered", err, entry.second.name.c_str());
     }
 }
@@ -158,13 +153,13 @@ void CIRControlService::sendResponse(vyrf_service_h service, vyrf_transaction_h 
     const std::string codeName = kAnswerErrorCode;
     const std::string descName = kAnswerDescription;
     if (vyrf_property_list_push_property(
-            answer.get(), vyrf_property_create_string(MakeString(codeName), MakeString(errorCode)),
+            answer.get(), vyrf_property_create_string(ToVyrfString(codeName), ToVyrfString(errorCode)),
             0) != 0) {
         IRC_LOGE("[resp_handler] failed to push %s", codeName.c_str());
     }
     if (vyrf_property_list_push_property(
             answer.get(),
-            vyrf_property_create_string(MakeString(descName), MakeString(description)), 0) != 0) {
+            vyrf_property_create_string(ToVyrfString(descName), ToVyrfString(description)), 0) != 0) {
         IRC_LOGE("[resp_handler] failed to push %s", descName.c_str());
     }
     const vyrf_error err =

@@ -4,22 +4,9 @@
 
 #include "common/CException.h"
 #include "common/ServiceLog.h"
+#include "util/VyrfString.h"
 
 namespace ircontrol {
-namespace {
-
-vyrf_string MakeString(const std::string& text) {
-    vyrf_string out{nullptr, 0};
-    vyrf_string_new(&out, text.data(), text.size());
-    return out;
-}
-
-std::string FromHost(const vyrf_string& text) {
-    return text.data != nullptr ? std::string(text.data, text.length) : std::string();
-}
-
-}  // namespace
-
 void CPropertyListHelper::ListDeleter::operator()(void* list) const noexcept {
     vyrf_property_list_destroy(list);
 }
@@ -50,7 +37,7 @@ void CPropertyListHelper::Push(VYRF_PROPERTY_H property, VYRF_ERROR_E error) {
 
 void CPropertyListHelper::PushStringData(const std::string& name, const std::string& value) {
     if (name.empty() || value.empty()) return;
-    VYRF_PROPERTY_H property = vyrf_property_create_string(MakeString(name), MakeString(value));
+    VYRF_PROPERTY_H property = vyrf_property_create_string(ToVyrfString(name), ToVyrfString(value));
     if (vyrf_property_list_push_property(list_.get(), property, 0) != 0) {
         IRC_LOGE("failed to set data in PushStringData!");
     }
@@ -58,7 +45,7 @@ void CPropertyListHelper::PushStringData(const std::string& name, const std::str
 
 void CPropertyListHelper::PushIntData(const std::string& name, int value) {
     if (name.empty()) return;
-    VYRF_PROPERTY_H property = vyrf_property_create_int(MakeString(name), value);
+    VYRF_PROPERTY_H property = vyrf_property_create_int(ToVyrfString(name), value);
     if (vyrf_property_list_push_property(list_.get(), property, 0) != 0) {
         IRC_LOGE("failed to set data in PushIntData!");
     }
@@ -66,7 +53,7 @@ void CPropertyListHelper::PushIntData(const std::string& name, int value) {
 
 void CPropertyListHelper::PushBooleanData(const std::string& name, bool value) {
     if (name.empty()) return;
-    VYRF_PROPERTY_H property = vyrf_property_create_bool(MakeString(name), value);
+    VYRF_PROPERTY_H property = vyrf_property_create_bool(ToVyrfString(name), value);
     if (vyrf_property_list_push_property(list_.get(), property, 0) != 0) {
         IRC_LOGE("failed to set data in PushBooleanData!");
     }
@@ -78,7 +65,7 @@ vyrf_error CPropertyListHelper::Pop(void** property, vyrf_error* error) {
 
 VYRF_PROPERTY_H CPropertyListHelper::Find(const std::string& name) {
     if (name.empty()) return nullptr;
-    return vyrf_property_list_find(list_.get(), MakeString(name));
+    return vyrf_property_list_find(list_.get(), ToVyrfString(name));
 }
 
 VYRF_PROPERTY_H CPropertyListHelper::GetFirst() const {
@@ -94,13 +81,13 @@ bool CPropertyListHelper::Empty() const { return vyrf_property_list_empty(list_.
 std::string CPropertyListHelper::GetString(const std::string& name) {
     vyrf_string out{nullptr, 0};
     vyrf_property_get_string(&out, Find(name));
-    return FromHost(out);
+    return FromVyrfString(out);
 }
 
 std::string CPropertyListHelper::GetJsonString(const std::string& name) {
     vyrf_string out{nullptr, 0};
     vyrf_property_get_json_string(&out, Find(name));
-    return FromHost(out);
+    return FromVyrfString(out);
 }
 
 int CPropertyListHelper::GetInt(const std::string& name) {
@@ -122,12 +109,12 @@ std::vector<std::string> CPropertyListHelper::GetPropertyNameList() {
 }
 
 VYRF_PROPERTY_H CPropertyListHelper::CreateBoolProperty(const std::string& name, bool value) {
-    return vyrf_property_create_bool(MakeString(name), value);
+    return vyrf_property_create_bool(ToVyrfString(name), value);
 }
 
 VYRF_PROPERTY_H CPropertyListHelper::CreateStringProperty(const std::string& name,
                                                           const std::string& value) {
-    return vyrf_property_create_string(MakeString(name), MakeString(value));
+    return vyrf_property_create_string(ToVyrfString(name), ToVyrfString(value));
 }
 
 }  // namespace ircontrol
