@@ -55,9 +55,14 @@ TEST_F(PluginStressTest, ConcurrentRequestsAcrossCreateAndDestroyAreAnsweredAtMo
             });
         }
         plugin_->Create();
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        // Wait for progress rather than a fixed time: under valgrind the senders can starve the
+        // worker for a long while.
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (sim::Host::Results().size() < 20 && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
         plugin_->Create();  // a second start while requests flow: logged and ignored
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
         plugin_->Destroy();
         stop = true;
         for (auto& thread : threads) thread.join();
