@@ -36,7 +36,18 @@ void BM_Floor_FanKeyJson(benchmark::State& state) {
     for (auto _ : state) KeyEventJsonWork(payload, pairing, "HFAN0001");
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_Floor_FanKeyJson);
+BENCHMARK(BM_Floor_FanKeyJson)->Repetitions(5)->ReportAggregatesOnly(true);
+
+// The same work with a pairing list of 1 to 1,000 entries, the codeset matched last: the floor
+// of the scaling measurement.
+void BM_Floor_PairingEntries(benchmark::State& state) {
+    sim::Log::SetCapture(false);
+    const std::string payload = irbench::FanPayload();
+    const std::string pairing = irbench::PairingList(static_cast<int>(state.range(0)), "HFAN0001");
+    for (auto _ : state) KeyEventJsonWork(payload, pairing, "HFAN0001");
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_Floor_PairingEntries)->Arg(1)->Arg(10)->Arg(100)->Arg(1000);
 
 void BM_Json_ParseDeviceInfo(benchmark::State& state) {
     const std::string payload = irbench::AcPayload();

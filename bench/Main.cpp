@@ -16,7 +16,8 @@ class RecordingReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const auto& run : runs) {
-            if (run.run_type != Run::RT_Iteration) continue;
+            // Single runs, and the median of repeated ones; means and spreads only go to the table.
+            if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median") continue;
             times[run.benchmark_name()] = run.GetAdjustedRealTime();
             for (const auto& [name, counter] : run.counters) counters[run.benchmark_name() + "/" + name] = counter.value;
         }
@@ -44,6 +45,11 @@ int main(int argc, char** argv) {
     const double endToEnd = find(reporter.times, "BM_EndToEnd_FanKey");
     const double floor = find(reporter.times, "BM_Floor_FanKeyJson");
     if (endToEnd > 0 && floor > 0) std::printf("end-to-end/floor ratio: %.2f\n", endToEnd / floor);
+    const double handoff = find(reporter.times, "BM_Floor_ThreadRoundTrip");
+    if (endToEnd > 0 && floor > 0 && handoff > 0) {
+        std::printf("end-to-end less floor: %.1f us; a bare thread round trip: %.1f us\n",
+                    (endToEnd - floor) / 1e3, handoff / 1e3);
+    }
     const double growth = find(reporter.counters, "BM_Memory_100kRequests");
     const double growthKiB = reporter.counters.count("BM_Memory_100kRequests/iterations:1/real_time/growth_KiB")
                                  ? reporter.counters["BM_Memory_100kRequests/iterations:1/real_time/growth_KiB"]
