@@ -1,5 +1,8 @@
 #include "CLogEcho.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include "sim/Simulator.h"
 
 namespace ircontrol::host {
@@ -11,14 +14,16 @@ CLogEcho::CLogEcho(std::ostream& out, bool terminal) : sink_(new Sink{{}, out, t
     sim::Log::SetListener([sink](const sim::LogLine& line) {
         const std::string text = Format(line.priority, line.tag, line.text, sink->terminal);
         std::lock_guard<std::mutex> lock(sink->mutex);
-        sink->out << text << '\n' << std::flush;
+        if (sink->open) sink->out << text << '\n' << std::flush;
     });
 }
 
 CLogEcho::~CLogEcho() {
     sim::Log::SetListener({});
-    // A line being written on another thread finishes before the stream can go away.
+    // A line being written on another thread finishes before the stream can go away, and a
+    // listener call already under way elsewhere writes nothing afterwards.
     std::lock_guard<std::mutex> lock(sink_->mutex);
+    sink_->open = false;
 }
 
 std::string CLogEcho::Format(int priority, const std::string& tag, const std::string& text, bool colour) {
@@ -28,8 +33,10 @@ std::string CLogEcho::Format(int priority, const std::string& tag, const std::st
     body.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (!colour && text[i] == '\x1b' && i + 1 < text.size() && text[i + 1] == '[') {
-            std::size_t end = text.find('m', i);
-            if (end != std::string::npos) {
+            // Only a complete colour sequence (ESC [ digits and semicolons m) is dropped.
+            std::size_t end = i + 2;
+            while (end < text.size() && (std::isdigit(static_cast<unsigned char>(text[end])) || text[end] == ';')) ++end;
+            if (end < text.size() && text[end] == 'm') {
                 i = end;
                 continue;
             }
@@ -38,7 +45,7 @@ std::string CLogEcho::Format(int priority, const std::string& tag, const std::st
     }
     while (!body.empty() && (body.back() == '\n' || body.back() == '\r')) body.pop_back();
     std::string head = std::string(1, letter) + "/" + tag;
-    if (head.size() < 14) head.resize(14, ' ');
+    head.resize(std::max<std::size_t>(head.size() + 1, 14), ' ');
     return head + body;
 }
 

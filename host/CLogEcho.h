@@ -25,6 +25,7 @@ private:
         std::mutex mutex;
         std::ostream& out;
         bool terminal;
+        bool open = true;  // false once the echo is gone: a late line is dropped
     };
     std::shared_ptr<Sink> sink_;
 };

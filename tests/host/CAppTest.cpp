@@ -37,13 +37,13 @@ std::string ReadFile(const std::string& path) {
     return text.str();
 }
 
-TEST(AppTest, DemoMatchesTheGoldenOutput) {
+TEST(CAppTest, DemoMatchesTheGoldenOutput) {
     const Outcome run = RunApp({"demo"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, ReadFile(std::string(IRC_SOURCE_DIR) + "/tests/host/golden/demo.txt"));
 }
 
-TEST(AppTest, KeyReportsWhatTheBlasterSent) {
+TEST(CAppTest, KeyReportsWhatTheBlasterSent) {
     const Outcome run = RunApp({"--json", "key", "--type", "oic.d.robotcleaner", "--key", "28"});
     EXPECT_EQ(run.status, 0) << run.err;
     const JsonValue line = JsonValue::Create(run.out);
@@ -59,7 +59,7 @@ TEST(AppTest, KeyReportsWhatTheBlasterSent) {
     EXPECT_TRUE(seen);
 }
 
-TEST(AppTest, RefusedAndUnansweredRequestsExitNonZero) {
+TEST(CAppTest, RefusedAndUnansweredRequestsExitNonZero) {
     EXPECT_EQ(RunApp({"key", "--type", "fan", "--key", "39"}).status, 1);
     const Outcome silent = RunApp({"--timeout", "200", "set", "--value", R"({"x.com.korvan.codesetKey":1})"});
     EXPECT_EQ(silent.status, 1);
@@ -69,7 +69,7 @@ TEST(AppTest, RefusedAndUnansweredRequestsExitNonZero) {
     EXPECT_NE(ac.out.find("aircon  #5 mode=heat power=on setpoint=-5 fan=auto"), std::string::npos);
 }
 
-TEST(AppTest, UserMistakesGetAClearMessage) {
+TEST(CAppTest, UserMistakesGetAClearMessage) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{"key", "--type", "toaster", "--key", "1"}, "key: unknown --type 'toaster'"},
         {{"key", "--type", "fan"}, "key: --key needs a key code"},
@@ -89,7 +89,7 @@ TEST(AppTest, UserMistakesGetAClearMessage) {
     EXPECT_EQ(err.str(), "ircontrol-host: plugin library not found: /no/plugin.so\n");
 }
 
-TEST(AppTest, PairingFileReplacesTheDefaults) {
+TEST(CAppTest, PairingFileReplacesTheDefaults) {
     const std::string path = std::string(IRC_BINARY_DIR) + "/test_host_pairing.json";
     std::ofstream(path) << R"({"dev_info":[{"codeset":"MYFAN","device_index":9,"type":"oic.d.fan"}]})";
     const Outcome run = RunApp({"--devices", path, "key", "--type", "fan", "--key", "10"});
@@ -100,7 +100,7 @@ TEST(AppTest, PairingFileReplacesTheDefaults) {
     std::remove(path.c_str());
 }
 
-TEST(AppTest, ServeAnswersEachLineInOrder) {
+TEST(CAppTest, ServeAnswersEachLineInOrder) {
     const Outcome run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13}\n"
                                       "not json\n\n"
                                       "{\"command\":\"ac\",\"fan\":\"TURBO\"}\n"
@@ -122,7 +122,7 @@ TEST(AppTest, ServeAnswersEachLineInOrder) {
     EXPECT_EQ(answers[4]["line"].asInt(), 6);
 }
 
-TEST(AppTest, DevicesListsThePairingWithKeyMaps) {
+TEST(CAppTest, DevicesListsThePairingWithKeyMaps) {
     const Outcome run = RunApp({"--json", "devices"});
     std::istringstream lines(run.out);
     int count = 0;
@@ -132,6 +132,41 @@ TEST(AppTest, DevicesListsThePairingWithKeyMaps) {
         EXPECT_EQ(device["deviceIndex"].asInt(), count + 1);
     }
     EXPECT_EQ(count, 5);
+}
+
+TEST(CAppTest, JsonOutputIsOneObjectPerLineForEveryCommand) {
+    const std::vector<std::pair<std::vector<std::string>, std::size_t>> cases = {
+        {{"--json", "demo"}, 10},  // service, nine exchanges
+        {{"--json", "key", "--type", "fan", "--key", "10"}, 1},
+        {{"--json", "ac", "--power", "OFF", "--fan", "HIGH"}, 1},
+        {{"--json", "set", "--name", "setDeviceEvent", "--value", "{}"}, 1},
+        {{"--json", "devices"}, 5},
+    };
+    for (const auto& [args, lines] : cases) {
+        const Outcome run = RunApp(args);
+        EXPECT_EQ(run.status, 0) << args[1] << ": " << run.err;
+        std::istringstream text(run.out);
+        std::size_t count = 0;
+        for (std::string line; std::getline(text, line); ++count) {
+            EXPECT_EQ(JsonValue::Create(line).type(), common::json::kObject) << args[1] << ": " << line;
+        }
+        EXPECT_GE(count, lines) << args[1];
+    }
+    const Outcome ac = RunApp({"--json", "ac", "--power", "OFF", "--fan", "HIGH"});
+    const JsonValue line = JsonValue::Create(ac.out);
+    EXPECT_EQ(line["ir"][0u]["function"].asString(), "set_aircon_states_and_send_command");
+    EXPECT_EQ(line["ir"][0u]["power"].asString(), "off");
+    EXPECT_EQ(line["ir"][0u]["fanSpeed"].asString(), "high");
+}
+
+TEST(CAppTest, VerboseShowsThePluginsOwnLogLines) {
+    const Outcome quiet = RunApp({"key", "--type", "fan", "--key", "10"});
+    EXPECT_EQ(quiet.err, "");
+    const Outcome verbose = RunApp({"--verbose", "key", "--type", "fan", "--key", "10"});
+    EXPECT_EQ(verbose.status, 0);
+    EXPECT_NE(verbose.err.find("/IRCONTROL"), std::string::npos) << verbose.err;
+    EXPECT_EQ(verbose.err.find('\x1b'), std::string::npos) << "no colour sequences when not a terminal";
+    EXPECT_EQ(verbose.out, quiet.out) << "the answer table is the same";
 }
 
 }  // namespace

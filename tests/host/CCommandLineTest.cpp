@@ -5,7 +5,7 @@
 namespace ircontrol::host {
 namespace {
 
-TEST(OptionsTest, ParsesGlobalAndCommandOptions) {
+TEST(CCommandLineTest, ParsesGlobalAndCommandOptions) {
     const Options o = CCommandLine::Parse({"--json", "--year", "24", "key", "--type", "fan", "--key", "12",
                              "--ir-delay", "68", "--plugin", "/p.so", "--verbose"});
     EXPECT_EQ(o.error, "");
@@ -19,7 +19,7 @@ TEST(OptionsTest, ParsesGlobalAndCommandOptions) {
     EXPECT_EQ(o.values.at("key"), "12");
 }
 
-TEST(OptionsTest, MistakesGiveOneLineReasons) {
+TEST(CCommandLineTest, MistakesGiveOneLineReasons) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, "no command given (try --help)"},
         {{"blast"}, "unknown command 'blast' (try --help)"},
@@ -33,7 +33,7 @@ TEST(OptionsTest, MistakesGiveOneLineReasons) {
     for (const auto& [args, reason] : cases) EXPECT_EQ(CCommandLine::Parse(args).error, reason);
 }
 
-TEST(OptionsTest, HelpNeedsNoCommandAndEveryCommandDescribesItself) {
+TEST(CCommandLineTest, HelpNeedsNoCommandAndEveryCommandDescribesItself) {
     EXPECT_TRUE(CCommandLine::Parse({"--help"}).help);
     EXPECT_EQ(CCommandLine::Parse({"--help"}).error, "");
     for (const auto& spec : CCommandLine::Commands()) {
