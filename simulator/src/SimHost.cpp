@@ -1,131 +1,15 @@
-// The host framework: services with their registered properties and callbacks, property lists
-// and properties as real heap objects, transactions and the results the plugin sends back.
-#include <vyrf.h>
-
+// The host framework: services with their registered properties and callbacks, transactions and
+// the results the plugin sends back. The property lists themselves are in SimPropertyList.cpp.
 #include <algorithm>
-#include <atomic>
-#include <condition_variable>
-#include <cstdio>
-#include <cstdlib>
-#include <deque>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <set>
+#include <stdexcept>
 
+#include "SimHostState.h"
 #include "SimInternal.h"
-#include "sim/Simulator.h"
 
 namespace sim {
 namespace {
 
-std::atomic<std::size_t> gLiveLists{0};
-std::atomic<std::size_t> gLiveProperties{0};
-
-struct SimProperty {
-    std::string name;
-    bool named = true;
-    HostProperty::Kind kind = HostProperty::Kind::String;
-    std::string text;
-    int intValue = 0;
-    bool boolValue = false;
-
-    SimProperty() { ++gLiveProperties; }
-    SimProperty(const SimProperty& other)
-        : name(other.name), named(other.named), kind(other.kind), text(other.text),
-          intValue(other.intValue), boolValue(other.boolValue) {
-        ++gLiveProperties;
-    }
-    ~SimProperty() { --gLiveProperties; }
-};
-
-struct SimList {
-    std::deque<std::unique_ptr<SimProperty>> items;
-    SimList() { ++gLiveLists; }
-    ~SimList() { --gLiveLists; }
-};
-
-struct SimService {
-    std::string name;
-    std::string description;
-    vyrf_protocol_status_cb onProtocolStatus;
-    vyrf_get_request_cb onGet;
-    vyrf_set_request_cb onSet;
-    vyrf_cancel_request_cb onCancel;
-    void* userData;
-    std::vector<RegisteredProperty> properties;
-    bool alive = true;
-};
-
-struct HostState {
-    std::mutex mutex;
-    std::condition_variable resultArrived;
-    // Services are never freed, so a handle used after destruction is recognised as such.
-    std::vector<std::unique_ptr<SimService>> services;
-    std::set<const SimList*> lists;
-    std::vector<SetResult> results;
-    bool keepResults = true;
-    std::function<void(const SetResult&)> listener;
-    std::map<HostFault, int> faults;
-    uint64_t nextTransaction = 1;
-    std::size_t badServiceCalls = 0;
-};
-
-HostState& State() {
-    static HostState* state = new HostState();  // never destroyed: plugin threads may answer late
-    return *state;
-}
-
-bool Fails(HostState& s, HostFault fault) {
-    auto it = s.faults.find(fault);
-    if (it == s.faults.end() || it->second == 0) return false;
-    if (it->second > 0) --it->second;
-    return true;
-}
-
-std::string Text(vyrf_string s) {
-    return s.data != nullptr ? std::string(s.data, s.length) : std::string();
-}
-
-// A live service for the handle, or null (counted as a call with a bad service). Under lock.
-SimService* LiveService(HostState& s, vyrf_service_h handle) {
-    for (auto& service : s.services) {
-        if (service.get() == handle && service->alive) return service.get();
-    }
-    ++s.badServiceCalls;
-    return nullptr;
-}
-
-// Using a list that does not exist (never made, or already destroyed) is a bug in the caller:
-// stop loudly rather than corrupt memory.
-SimList* CheckedList(vyrf_property_list_h handle, const char* function) {
-    auto* list = static_cast<SimList*>(handle);
-    if (list == nullptr) return nullptr;
-    auto& s = State();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    if (s.lists.count(list) == 0) {
-        std::fprintf(stderr, "vyrsim: %s called with a dead property list %p\n", function, handle);
-        std::abort();
-    }
-    return list;
-}
-
-SimList* NewList() {
-    auto* list = new SimList();
-    auto& s = State();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.lists.insert(list);
-    return list;
-}
-
-void DeleteList(SimList* list) {
-    {
-        auto& s = State();
-        std::lock_guard<std::mutex> lock(s.mutex);
-        s.lists.erase(list);
-    }
-    delete list;
-}
+using namespace hostimpl;
 
 SimList* BuildList(const std::vector<HostProperty>& properties) {
     SimList* list = NewList();
@@ -347,8 +231,7 @@ void internal::ResetHost() {
 }  // namespace sim
 
 using sim::HostFault;
-using sim::SimList;
-using sim::SimProperty;
+using namespace sim::hostimpl;
 
 extern "C" vyrf_error vyrf_string_new(vyrf_string* out, const char* data, size_t length) {
     if (out == nullptr) return -1;
@@ -361,12 +244,12 @@ extern "C" vyrf_service_h vyrf_service_create(vyrf_string name, vyrf_string desc
                                               vyrf_protocol_status_cb on_protocol_status,
                                               vyrf_get_request_cb on_get, vyrf_set_request_cb on_set,
                                               vyrf_cancel_request_cb on_cancel, void* user_data) {
-    auto& s = sim::State();
+    auto& s = State();
     std::lock_guard<std::mutex> lock(s.mutex);
-    if (sim::Fails(s, HostFault::ServiceCreate)) return nullptr;
-    auto service = std::make_unique<sim::SimService>();
-    service->name = sim::Text(name);
-    service->description = sim::Text(description);
+    if (Fails(s, HostFault::ServiceCreate)) return nullptr;
+    auto service = std::make_unique<SimService>();
+    service->name = Text(name);
+    service->description = Text(description);
     service->onProtocolStatus = on_protocol_status;
     service->onGet = on_get;
     service->onSet = on_set;
@@ -377,9 +260,9 @@ extern "C" vyrf_service_h vyrf_service_create(vyrf_string name, vyrf_string desc
 }
 
 extern "C" vyrf_error vyrf_service_destroy(vyrf_service_h service) {
-    auto& s = sim::State();
+    auto& s = State();
     std::lock_guard<std::mutex> lock(s.mutex);
-    sim::SimService* target = sim::LiveService(s, service);
+    SimService* target = LiveService(s, service);
     if (target == nullptr) return -1;
     target->alive = false;
     return 0;
@@ -388,22 +271,22 @@ extern "C" vyrf_error vyrf_service_destroy(vyrf_service_h service) {
 extern "C" vyrf_error vyrf_service_register_property(vyrf_service_h service, vyrf_string name,
                                                      int type, int64_t first, int64_t second,
                                                      vyrf_string description) {
-    auto& s = sim::State();
+    auto& s = State();
     std::lock_guard<std::mutex> lock(s.mutex);
-    sim::SimService* target = sim::LiveService(s, service);
+    SimService* target = LiveService(s, service);
     if (target == nullptr) return -1;
-    if (sim::Fails(s, HostFault::RegisterProperty)) return -2;
-    target->properties.push_back({sim::Text(name), type, first, second, sim::Text(description)});
+    if (Fails(s, HostFault::RegisterProperty)) return -2;
+    target->properties.push_back({Text(name), type, first, second, Text(description)});
     return 0;
 }
 
 extern "C" vyrf_error vyrf_service_unregister_property(vyrf_service_h service, vyrf_string name) {
-    auto& s = sim::State();
+    auto& s = State();
     std::lock_guard<std::mutex> lock(s.mutex);
-    sim::SimService* target = sim::LiveService(s, service);
+    SimService* target = LiveService(s, service);
     if (target == nullptr) return -1;
     auto& props = target->properties;
-    const std::string key = sim::Text(name);
+    const std::string key = Text(name);
     auto it = std::find_if(props.begin(), props.end(), [&](const auto& p) { return p.name == key; });
     if (it == props.end()) return -2;
     props.erase(it);
@@ -414,168 +297,26 @@ extern "C" vyrf_error vyrf_service_send_set_property_result(vyrf_service_h servi
                                                             vyrf_transaction_h transaction,
                                                             vyrf_property_list_h list,
                                                             vyrf_error error) {
-    SimList* taken = sim::CheckedList(list, __func__);
+    SimList* taken = CheckedList(list, __func__);
     sim::SetResult result;
     result.transaction = reinterpret_cast<uint64_t>(transaction);
     result.service = service;
     result.error = error;
     if (taken != nullptr) {
         for (const auto& item : taken->items) result.properties.push_back(sim::ToHostProperty(*item));
-        sim::DeleteList(taken);
+        DeleteList(taken);
     }
     std::function<void(const sim::SetResult&)> listener;
     bool failed;
     {
-        auto& s = sim::State();
+        auto& s = State();
         std::lock_guard<std::mutex> lock(s.mutex);
-        result.serviceAlive = sim::LiveService(s, service) != nullptr;
-        failed = sim::Fails(s, HostFault::SendResult);
+        result.serviceAlive = LiveService(s, service) != nullptr;
+        failed = Fails(s, HostFault::SendResult);
         if (s.keepResults) s.results.push_back(result);
         listener = s.listener;
     }
-    sim::State().resultArrived.notify_all();
+    State().resultArrived.notify_all();
     if (listener) listener(result);
     return (!result.serviceAlive || failed || taken == nullptr) ? -1 : 0;
-}
-
-extern "C" vyrf_property_list_h vyrf_property_list_create(void) {
-    {
-        auto& s = sim::State();
-        std::lock_guard<std::mutex> lock(s.mutex);
-        if (sim::Fails(s, HostFault::ListCreate)) return nullptr;
-    }
-    return sim::NewList();
-}
-
-extern "C" vyrf_property_list_h vyrf_property_list_copy(vyrf_property_list_h list) {
-    SimList* source = sim::CheckedList(list, __func__);
-    if (source == nullptr) return nullptr;
-    {
-        auto& s = sim::State();
-        std::lock_guard<std::mutex> lock(s.mutex);
-        if (sim::Fails(s, HostFault::ListCopy)) return nullptr;
-    }
-    SimList* copy = sim::NewList();
-    for (const auto& item : source->items) copy->items.push_back(std::make_unique<SimProperty>(*item));
-    return copy;
-}
-
-extern "C" void vyrf_property_list_destroy(vyrf_property_list_h list) {
-    SimList* target = sim::CheckedList(list, __func__);
-    if (target != nullptr) sim::DeleteList(target);
-}
-
-extern "C" vyrf_error vyrf_property_list_push_property(vyrf_property_list_h list,
-                                                       VYRF_PROPERTY_H property, VYRF_ERROR_E) {
-    SimList* target = sim::CheckedList(list, __func__);
-    if (target == nullptr || property == nullptr) return -1;
-    target->items.emplace_back(static_cast<SimProperty*>(property));
-    return 0;
-}
-
-extern "C" vyrf_error vyrf_property_list_pop(vyrf_property_list_h list, VYRF_PROPERTY_H* property,
-                                             vyrf_error* error) {
-    SimList* target = sim::CheckedList(list, __func__);
-    if (property != nullptr) *property = nullptr;
-    if (error != nullptr) *error = 0;
-    if (target == nullptr || target->items.empty()) return -1;
-    SimProperty* front = target->items.front().release();
-    target->items.pop_front();
-    if (property != nullptr) {
-        *property = front;
-    } else {
-        delete front;
-    }
-    return 0;
-}
-
-extern "C" VYRF_PROPERTY_H vyrf_property_list_find(vyrf_property_list_h list, vyrf_string name) {
-    SimList* target = sim::CheckedList(list, __func__);
-    if (target == nullptr) return nullptr;
-    const std::string key = sim::Text(name);
-    for (const auto& item : target->items) {
-        if (item->named && item->name == key) return item.get();
-    }
-    return nullptr;
-}
-
-extern "C" VYRF_PROPERTY_H vyrf_property_list_get_first(vyrf_property_list_h list) {
-    SimList* target = sim::CheckedList(list, __func__);
-    if (target == nullptr || target->items.empty()) return nullptr;
-    return target->items.front().get();
-}
-
-extern "C" VYRF_PROPERTY_H vyrf_property_list_get_next(vyrf_property_list_h list,
-                                                       VYRF_PROPERTY_H property) {
-    SimList* target = sim::CheckedList(list, __func__);
-    if (target == nullptr || property == nullptr) return nullptr;
-    for (std::size_t i = 0; i + 1 < target->items.size(); ++i) {
-        if (target->items[i].get() == property) return target->items[i + 1].get();
-    }
-    return nullptr;
-}
-
-extern "C" bool vyrf_property_list_empty(vyrf_property_list_h list) {
-    SimList* target = sim::CheckedList(list, __func__);
-    return target == nullptr || target->items.empty();
-}
-
-namespace {
-SimProperty* NewProperty(vyrf_string name, sim::HostProperty::Kind kind) {
-    auto* p = new SimProperty();
-    p->name = sim::Text(name);
-    p->named = name.data != nullptr && name.length > 0;
-    p->kind = kind;
-    return p;
-}
-
-vyrf_error Lend(vyrf_string* out, const std::string* text) {
-    if (out == nullptr) return -1;
-    if (text == nullptr) {
-        *out = vyrf_string{nullptr, 0};
-        return -1;
-    }
-    *out = vyrf_string{text->data(), text->size()};
-    return 0;
-}
-}  // namespace
-
-extern "C" VYRF_PROPERTY_H vyrf_property_create_string(vyrf_string name, vyrf_string value) {
-    SimProperty* p = NewProperty(name, sim::HostProperty::Kind::String);
-    p->text = sim::Text(value);
-    return p;
-}
-
-extern "C" VYRF_PROPERTY_H vyrf_property_create_int(vyrf_string name, int value) {
-    SimProperty* p = NewProperty(name, sim::HostProperty::Kind::Int);
-    p->intValue = value;
-    return p;
-}
-
-extern "C" VYRF_PROPERTY_H vyrf_property_create_bool(vyrf_string name, bool value) {
-    SimProperty* p = NewProperty(name, sim::HostProperty::Kind::Bool);
-    p->boolValue = value;
-    return p;
-}
-
-extern "C" vyrf_error vyrf_property_get_name(vyrf_string* out, VYRF_PROPERTY_H property) {
-    auto* p = static_cast<SimProperty*>(property);
-    return Lend(out, p != nullptr && p->named ? &p->name : nullptr);
-}
-
-extern "C" vyrf_error vyrf_property_get_string(vyrf_string* out, VYRF_PROPERTY_H property) {
-    auto* p = static_cast<SimProperty*>(property);
-    return Lend(out, p != nullptr && p->kind == sim::HostProperty::Kind::String ? &p->text : nullptr);
-}
-
-extern "C" vyrf_error vyrf_property_get_json_string(vyrf_string* out, VYRF_PROPERTY_H property) {
-    auto* p = static_cast<SimProperty*>(property);
-    return Lend(out, p != nullptr && p->kind == sim::HostProperty::Kind::Json ? &p->text : nullptr);
-}
-
-extern "C" vyrf_error vyrf_property_get_int(VYRF_PROPERTY_H property, int* out) {
-    auto* p = static_cast<SimProperty*>(property);
-    if (p == nullptr || out == nullptr || p->kind != sim::HostProperty::Kind::Int) return -1;
-    *out = p->intValue;
-    return 0;
 }
