@@ -33,8 +33,8 @@ bool CCommandLine::ParseInt(const std::string& text, int& out) {
     return true;
 }
 
-const std::vector<CommandSpec>& CCommandLine::Commands() {
-    static const std::vector<CommandSpec> commands = {
+const std::vector<CommandInfo>& CCommandLine::Commands() {
+    static const std::vector<CommandInfo> commands = {
         {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}},
         {"key", "send one key to one appliance",
          {{"type", "fan, purifier, humidifier, cleaner, ac, or a full OCF device type"},
@@ -56,9 +56,9 @@ const std::vector<CommandSpec>& CCommandLine::Commands() {
     return commands;
 }
 
-const CommandSpec* CCommandLine::FindCommand(const std::string& name) {
-    for (const auto& spec : Commands()) {
-        if (spec.name == name) return &spec;
+const CommandInfo* CCommandLine::FindCommand(const std::string& name) {
+    for (const auto& info : Commands()) {
+        if (info.name == name) return &info;
     }
     return nullptr;
 }
@@ -122,11 +122,11 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
         }
     }
     if (options.command.empty() && !options.help) fail("no command given (try --help)");
-    if (const CommandSpec* spec = FindCommand(options.command)) {
+    if (const CommandInfo* info = FindCommand(options.command)) {
         for (const auto& entry : options.values) {
             bool known = false;
-            for (const auto& option : spec->options) known = known || option.first == entry.first;
-            if (!known) fail("'" + spec->name + "' has no option --" + entry.first);
+            for (const auto& option : info->options) known = known || option.first == entry.first;
+            if (!known) fail("'" + info->name + "' has no option --" + entry.first);
         }
     }
     return options;
@@ -137,7 +137,7 @@ std::string CCommandLine::Usage() {
     out << "usage: ircontrol-host [options] <command> [command options]\n\n"
         << "Loads the IR control plugin into the desktop platform simulator, as the TV's host does,\n"
         << "and drives it.\n\ncommands:\n";
-    for (const auto& spec : Commands()) out << "  " << Pad(spec.name, 10) << spec.summary << "\n";
+    for (const auto& info : Commands()) out << "  " << Pad(info.name, 10) << info.summary << "\n";
     out << "\noptions:\n";
     for (const auto& [name, help] : kGlobal) out << "  " << Pad(name, 22) << help << "\n";
     out << "\n'ircontrol-host <command> --help' describes a command's own options.\n"
@@ -145,14 +145,14 @@ std::string CCommandLine::Usage() {
     return out.str();
 }
 
-std::string CCommandLine::CommandUsage(const CommandSpec& spec) {
+std::string CCommandLine::CommandUsage(const CommandInfo& info) {
     std::ostringstream out;
-    out << "usage: ircontrol-host [options] " << spec.name
-        << (spec.options.empty() ? "" : " [--option value ...]") << "\n\n"
-        << spec.summary << "\n";
-    if (!spec.options.empty()) {
+    out << "usage: ircontrol-host [options] " << info.name
+        << (info.options.empty() ? "" : " [--option value ...]") << "\n\n"
+        << info.summary << "\n";
+    if (!info.options.empty()) {
         out << "\n";
-        for (const auto& [name, help] : spec.options) out << "  " << Pad("--" + name, 14) << help << "\n";
+        for (const auto& [name, help] : info.options) out << "  " << Pad("--" + name, 14) << help << "\n";
     }
     out << "\n'ircontrol-host --help' lists the options every command takes.\n";
     return out.str();

@@ -27,7 +27,7 @@ struct Options {
 };
 
 // A subcommand with the options it takes, for checking and for --help.
-struct CommandSpec {
+struct CommandInfo {
     std::string name;
     std::string summary;
     std::vector<std::pair<std::string, std::string>> options;  // name, help text
@@ -36,10 +36,10 @@ struct CommandSpec {
 class CCommandLine {
 public:
     static Options Parse(const std::vector<std::string>& args);
-    static const std::vector<CommandSpec>& Commands();
-    static const CommandSpec* FindCommand(const std::string& name);  // nullptr if unknown
+    static const std::vector<CommandInfo>& Commands();
+    static const CommandInfo* FindCommand(const std::string& name);  // nullptr if unknown
     static std::string Usage();                                      // the whole tool
-    static std::string CommandUsage(const CommandSpec& spec);        // one subcommand
+    static std::string CommandUsage(const CommandInfo& info);        // one subcommand
     // A decimal integer within +-1e9 filling the whole text.
     static bool ParseInt(const std::string& text, int& out);
 };

@@ -16,8 +16,8 @@ int main(int argc, char** argv) {
     try {
         ircontrol::host::Options options = CCommandLine::Parse({argv + 1, argv + argc});
         if (options.help) {
-            const auto* spec = CCommandLine::FindCommand(options.command);
-            std::cout << (spec != nullptr ? CCommandLine::CommandUsage(*spec) : CCommandLine::Usage());
+            const auto* info = CCommandLine::FindCommand(options.command);
+            std::cout << (info != nullptr ? CCommandLine::CommandUsage(*info) : CCommandLine::Usage());
             return 0;
         }
         if (!options.error.empty()) {

@@ -36,10 +36,10 @@ TEST(CCommandLineTest, MistakesGiveOneLineReasons) {
 TEST(CCommandLineTest, HelpNeedsNoCommandAndEveryCommandDescribesItself) {
     EXPECT_TRUE(CCommandLine::Parse({"--help"}).help);
     EXPECT_EQ(CCommandLine::Parse({"--help"}).error, "");
-    for (const auto& spec : CCommandLine::Commands()) {
-        const std::string usage = CCommandLine::CommandUsage(spec);
-        EXPECT_NE(usage.find("ircontrol-host [options] " + spec.name), std::string::npos);
-        for (const auto& option : spec.options) EXPECT_NE(usage.find("--" + option.first), std::string::npos);
+    for (const auto& info : CCommandLine::Commands()) {
+        const std::string usage = CCommandLine::CommandUsage(info);
+        EXPECT_NE(usage.find("ircontrol-host [options] " + info.name), std::string::npos);
+        for (const auto& option : info.options) EXPECT_NE(usage.find("--" + option.first), std::string::npos);
     }
     EXPECT_NE(CCommandLine::Usage().find("serve"), std::string::npos);
 }
