@@ -296,26 +296,24 @@ bool JsonValue::asBool() const {
     }
 }
 
-JsonValue& JsonValue::operator[](const std::string& name) {
+void JsonValue::vivify(JsonType container) {
     const JsonType t = type();
     if (t == kNull) {
-        SharedJson::init(kObject);
-        cache().set_type(kObject);
-    } else if (t != kObject) {
+        SharedJson::init(container);
+        cache().set_type(container);
+    } else if (t != container) {
         Throw("invalid type");
     }
+}
+
+JsonValue& JsonValue::operator[](const std::string& name) {
+    vivify(kObject);
     if (!has(name.c_str())) alloc_member(name);
     return cache().get(*this, name);
 }
 
 JsonValue& JsonValue::operator[](unsigned index) {
-    const JsonType t = type();
-    if (t == kNull) {
-        SharedJson::init(kArray);
-        cache().set_type(kArray);
-    } else if (t != kArray) {
-        Throw("invalid type");
-    }
+    vivify(kArray);
     if (array_size() <= index) SharedJson::resize(index + 1);
     return cache().get(*this, index);
 }
@@ -353,13 +351,7 @@ JsonValue JsonValue::get(unsigned index, const JsonValue& def) const {
 }
 
 void JsonValue::append(JsonValue&& value) {
-    const JsonType t = type();
-    if (t == kNull) {
-        SharedJson::init(kArray);
-        cache().set_type(kArray);
-    } else if (t != kArray) {
-        Throw("invalid type");
-    }
+    vivify(kArray);
     SharedJson::append(std::move(static_cast<SharedJson&>(value)));
     value.cache().clear();
     value.cache().set_type(kNull);
@@ -368,13 +360,7 @@ void JsonValue::append(JsonValue&& value) {
 void JsonValue::append(const JsonValue& value) { append(JsonValue(value)); }
 
 void JsonValue::resize(unsigned size) {
-    const JsonType t = type();
-    if (t == kNull) {
-        SharedJson::init(kArray);
-        cache().set_type(kArray);
-    } else if (t != kArray) {
-        Throw("invalid type");
-    }
+    vivify(kArray);
     cache().resize(size);
     SharedJson::resize(size);
 }

@@ -77,6 +77,9 @@ public:
 
 private:
     ChildManager& cache() const;  // a moved-from value gets a fresh cache when reused
+    // A null value becomes an empty `container` (object or array); any other type but that one
+    // throws "invalid type".
+    void vivify(JsonType container);
 
     mutable std::unique_ptr<ChildManager> children_;
 };

@@ -1,22 +1,15 @@
 #include "CPluginLibrary.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <fstream>
 
+#include "PluginLoader.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol::host {
 namespace {
-
-bool Resident(const std::string& path) {
-    void* probe = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
-    if (probe == nullptr) return false;
-    dlclose(probe);
-    return true;
-}
 
 TEST(CPluginLibraryTest, RefusesWhatIsNotAPluginWithAReason) {
     CPluginLibrary library;
@@ -49,7 +42,7 @@ TEST(CPluginLibraryTest, RunsOneLifecycleAndUnloadsWhenDestroyed) {
         EXPECT_EQ(sim::Log::Count("need to retry"), 0u);
     }
     EXPECT_FALSE(sim::Host::FindService("ircontrol")) << "the destructor stops the plugin";
-    EXPECT_FALSE(Resident(IRC_PLUGIN_PATH)) << "and unloads it";
+    EXPECT_FALSE(irctest::PluginLoader::IsResident(IRC_PLUGIN_PATH)) << "and unloads it";
 }
 
 }  // namespace

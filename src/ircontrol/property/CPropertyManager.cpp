@@ -28,19 +28,17 @@ CPropertyManager::DefinitionMap CPropertyManager::GetAllPropertyInfo() {
 void CPropertyManager::createAllProperties() { createKeyEventProperty(); }
 
 void CPropertyManager::createKeyEventProperty() {
-    PropertyDefinition keyEvent;
-    keyEvent.name = kPropSetKeyEvent;
-    keyEvent.description = kPropSetKeyEventDesc;
-    keyEvent.type = CProperty::kObjectType;
-    keyEvent.flags[1] = true;
-    definitions_[keyEvent.name] = keyEvent;
-
-    PropertyDefinition deviceEvent;
-    deviceEvent.name = kPropSetDeviceEvent;
-    deviceEvent.description = kPropSetDeviceEventDesc;
-    deviceEvent.type = CProperty::kObjectType;
-    deviceEvent.flags[1] = true;
-    definitions_[deviceEvent.name] = deviceEvent;
+    // Both are JSON objects the host may set.
+    auto define = [this](const char* name, const char* description) {
+        PropertyDefinition definition;
+        definition.name = name;
+        definition.description = description;
+        definition.type = CProperty::kObjectType;
+        definition.flags[1] = true;
+        definitions_[definition.name] = definition;
+    };
+    define(kPropSetKeyEvent, kPropSetKeyEventDesc);
+    define(kPropSetDeviceEvent, kPropSetDeviceEventDesc);
 }
 
 }  // namespace ircontrol
