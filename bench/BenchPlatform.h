@@ -2,6 +2,7 @@
 // loads it, quiet logs, answers counted as they arrive, and the payloads of the measurements.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -25,6 +26,20 @@ void StopPlugin();
 uint64_t Answers();
 // Blocks until at least `count` answers have arrived.
 void WaitForAnswers(uint64_t count);
+// When the latest answer reached the host (stamped inside the host's answer call, on the
+// plugin's worker thread, before any waiting thread is woken).
+std::chrono::steady_clock::time_point LastAnswerTime();
+
+// CPU time of the whole process (every thread, kernel time included), in microseconds.
+double ProcessCpuMicros();
+
+// User and kernel CPU time of every thread but the calling one, in microseconds, from
+// /proc/self/task (clock-tick resolution: sum over many requests).
+struct CpuTimes {
+    double user = 0;
+    double kernel = 0;
+};
+CpuTimes OtherThreadsCpuMicros();
 
 // Resident set size of this process, in KiB.
 long ResidentKiB();
