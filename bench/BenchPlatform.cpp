@@ -61,8 +61,7 @@ void StartPlugin() {
         }
         gArrived.notify_all();
     });
-    sim::Settings::SetString(kDevicesKey,
-                             R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})");
+    sim::Settings::SetString(kDevicesKey, kDefaultDevices);
     gPlugin = std::make_unique<irctest::PluginLoader>(IRC_PLUGIN_PATH);
     gPlugin->Create();
 }
@@ -81,6 +80,12 @@ uint64_t Answers() {
 void WaitForAnswers(uint64_t count) {
     std::unique_lock<std::mutex> lock(gMutex);
     gArrived.wait(lock, [&] { return gAnswers >= count; });
+}
+
+void SendAndWait(const sim::HostProperty& property) {
+    const uint64_t expected = Answers() + 1;
+    sim::Host::SendSet(kService, {property});
+    WaitForAnswers(expected);
 }
 
 std::chrono::steady_clock::time_point LastAnswerTime() {

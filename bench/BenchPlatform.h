@@ -8,10 +8,17 @@
 #include <mutex>
 #include <string>
 
+namespace sim {
+struct HostProperty;
+}  // namespace sim
+
 namespace irbench {
 
 constexpr char kService[] = "ircontrol";
 constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
+// The pairing list the plugin starts with: one fan and one air conditioner.
+constexpr char kDefaultDevices[] =
+    R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})";
 
 std::string FanPayload(int key = 10, const std::string& codeset = "HFAN0001");
 std::string AcPayload();
@@ -26,6 +33,8 @@ void StopPlugin();
 uint64_t Answers();
 // Blocks until at least `count` answers have arrived.
 void WaitForAnswers(uint64_t count);
+// Sends one set request carrying `property` and blocks until its answer has arrived.
+void SendAndWait(const sim::HostProperty& property);
 // When the latest answer reached the host (stamped inside the host's answer call, on the
 // plugin's worker thread, before any waiting thread is woken).
 std::chrono::steady_clock::time_point LastAnswerTime();

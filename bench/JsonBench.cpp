@@ -31,8 +31,7 @@ void KeyEventJsonWork(const std::string& payload, const std::string& pairing, co
 void BM_Floor_FanKeyJson(benchmark::State& state) {
     sim::Log::SetCapture(false);
     const std::string payload = irbench::FanPayload();
-    const std::string pairing =
-        R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})";
+    const std::string pairing = irbench::kDefaultDevices;
     for (auto _ : state) KeyEventJsonWork(payload, pairing, "HFAN0001");
     state.SetItemsProcessed(state.iterations());
 }

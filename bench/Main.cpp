@@ -56,8 +56,10 @@ int main(int argc, char** argv) {
     if (toHost > 0 && floor > 0) {
         std::printf("end-to-end/floor ratio: %.2f\n", toHost / floor);
         std::printf("fan key: callback to answer at the host %.1f us, to the waiting thread %.1f us; "
-                    "JSON floor %.1f us; a bare thread round trip %.1f us\n",
-                    toHost, roundTrip, floor, handoff);
+                    "JSON floor %.1f us",
+                    toHost, roundTrip, floor);
+        if (handoff > 0) std::printf("; a bare thread round trip %.1f us", handoff);
+        std::printf("\n");
     }
     const double cpu = find(reporter.counters, "BM_EndToEnd_FanKey", "/cpu_us");
     const double user = find(reporter.counters, "BM_EndToEnd_FanKey", "/worker_user_us");

@@ -63,10 +63,8 @@ void OneAtATime(benchmark::State& state, const HostProperty& property) {
     const double cpuBefore = irbench::ProcessCpuMicros();
     const irbench::CpuTimes workerBefore = irbench::OtherThreadsCpuMicros();
     for (auto _ : state) {
-        const uint64_t expected = irbench::Answers() + 1;
         const auto start = Clock::now();
-        sim::Host::SendSet(irbench::kService, {property});
-        irbench::WaitForAnswers(expected);
+        irbench::SendAndWait(property);
         toHostMicros += std::chrono::duration<double, std::micro>(irbench::LastAnswerTime() - start).count();
     }
     const double requests = static_cast<double>(state.iterations());
@@ -99,8 +97,7 @@ void BM_EndToEnd_PairingEntries(benchmark::State& state) {
     const int entries = static_cast<int>(state.range(0));
     sim::Settings::SetString(irbench::kDevicesKey, irbench::PairingList(entries, "HFAN0001"));
     OneAtATime(state, HostProperty::Json("setKeyEvent", irbench::FanPayload()));
-    sim::Settings::SetString(irbench::kDevicesKey,
-                             R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})");
+    sim::Settings::SetString(irbench::kDevicesKey, irbench::kDefaultDevices);
 }
 BENCHMARK(BM_EndToEnd_PairingEntries)
     ->Arg(1)->Arg(10)->Arg(100)->Arg(1000)
@@ -112,11 +109,7 @@ void BM_Memory_100kRequests(benchmark::State& state) {
     const auto fan = HostProperty::Json("setKeyEvent", irbench::FanPayload());
     const auto refused = HostProperty::Json("setKeyEvent", irbench::FanPayload(39));
     auto run = [&](int count) {
-        for (int i = 0; i < count; ++i) {
-            const uint64_t expected = irbench::Answers() + 1;
-            sim::Host::SendSet(irbench::kService, {i % 10 == 0 ? refused : fan});
-            irbench::WaitForAnswers(expected);
-        }
+        for (int i = 0; i < count; ++i) irbench::SendAndWait(i % 10 == 0 ? refused : fan);
     };
     for (auto _ : state) {
         run(2000);
