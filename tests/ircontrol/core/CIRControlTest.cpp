@@ -31,6 +31,21 @@ std::string Ac(const std::string& power, const std::string& mode, const std::str
            R"(,"x.com.korvan.coolingSetpoint":)" + setpoint + R"(,"x.com.korvan.fanSpeed":)" + fan + "}}";
 }
 
+// An air conditioner request with one member left out: a root member ("codesetKey") or one of
+// the state's members ("power", "mode", "coolingSetpoint", "fanSpeed").
+std::string AcWithout(const std::string& missing) {
+    const std::vector<std::pair<std::string, std::string>> state = {
+        {"power", R"("ON")"}, {"mode", R"("COLD")"}, {"coolingSetpoint", "24"}, {"fanSpeed", R"("LOW")"}};
+    std::string members;
+    for (const auto& [name, value] : state) {
+        if (name == missing) continue;
+        members += std::string(members.empty() ? "" : ",") + R"("x.com.korvan.)" + name + R"(":)" + value;
+    }
+    std::string root = R"({"x.com.korvan.deviceType":"oic.d.airconditioner","x.com.korvan.codesetName":"ZAC")";
+    if (missing != "codesetKey") root += R"(,"x.com.korvan.codesetKey":1)";
+    return root + R"(,"x.com.korvan.acState":{)" + members + "}}";
+}
+
 struct Outcome {
     std::vector<std::string> answers;  // error code texts, in order
     std::vector<sim::IrCall> sent;     // transmissions only
@@ -145,10 +160,15 @@ TEST_F(CIRControlTest, FailuresAnswerKeyErrorWithTheReasonLogged) {
         {Ac("\"ON\"", "\"cool\"", "24", "\"LOW\""), "invalid mode state(error:2)"},
         {Ac("\"ON\"", "\"COLD\"", "24", "\"TURBO\""), "invalid fan mode state(error:2)"},
         {Ac("\"BAD\"", "\"BAD\"", "24", "\"BAD\""), "invalid power state(error:2)"},
-        {R"({"x.com.korvan.deviceType":"oic.d.airconditioner","x.com.korvan.codesetName":"ZAC",)"
-         R"("x.com.korvan.codesetKey":1,"x.com.korvan.acState":{"x.com.korvan.power":"ON",)"
-         R"("x.com.korvan.mode":"COLD","x.com.korvan.coolingSetpoint":24}})",
-         "fan speed obj null(error:5)"},
+        // Every member of an air conditioner's request must be there, even those it never
+        // sends (the key) and those a default could stand for (the set point).
+        {AcWithout("power"), "power obj null(error:5)"},
+        {AcWithout("mode"), "mode obj null(error:5)"},
+        {AcWithout("coolingSetpoint"), "coolingSetpoint obj null(error:5)"},
+        {AcWithout("fanSpeed"), "fan speed obj null(error:5)"},
+        {AcWithout("codesetKey"), "codeset_name obj null(error:5)"},
+        {R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetName":"HFAN"})",
+         "codeset_name obj null(error:5)"},
         // Wrong member types and shapes.
         {Key("oic.d.fan", "HFAN", "\"10\""), "cannot convert to int32_t type"},
         {Key("oic.d.fan", "HFAN", "3000000000"), "int64_t value exceed int32_t range"},
@@ -179,6 +199,11 @@ TEST_F(CIRControlTest, HostileSettingsStoreContentsAnswerKeyError) {
          "codeset_obj null(error:2)"},
         {R"({"dev_info":[{"codeset":"HFAN"}]})", "device_index_obj null(error:2)"},
         {R"({"dev_info":[{"codeset":"HFAN","device_index":-3}]})", "d2d_device_index < 0 !!!!!(error:2)"},
+        {R"({"dev_info":[{"codeset":"HFAN","device_index":-1}]})", "d2d_device_index < 0 !!!!!(error:2)"},
+        {R"({"dev_info":[{"codeset":"HFAN","device_index":-2147483648}]})",
+         "d2d_device_index < 0 !!!!!(error:2)"},
+        {R"({"dev_info":[{"codeset":"HFAN","device_index":2147483648}]})",
+         "int64_t value exceed int32_t range"},
         {R"({"dev_info":[{"codeset":"HFAN","device_index":"one"}]})", "cannot convert to int32_t type"},
         {R"({"dev_info":[7]})", "invalid type"},
         {std::string(100000, '{'), "device_array_obj null(error:2)"},
@@ -203,6 +228,58 @@ TEST_F(CIRControlTest, FirstPairingMatchWinsAndChangesApplyToTheNextCommand) {
     EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).sent.at(0).deviceIndex, 6);
     sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN","device_index":8}]})");
     EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).sent.at(0).deviceIndex, 8);
+}
+
+// Transmitter 0 is a real one; only negative entries are refused.
+TEST_F(CIRControlTest, EveryNonNegativePairedIndexIsSentToThatTransmitter) {
+    struct Case { std::string stored; int sent; };
+    const std::vector<Case> cases = {{"0", 0}, {"1", 1}, {"2147483647", 2147483647}, {"-0", 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE("device_index " + c.stored);
+        sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN","device_index":)" +
+                                                  c.stored + R"(},{"codeset":"ZAC","device_index":)" +
+                                                  c.stored + "}]}");
+        for (const std::string& payload : {Key("oic.d.fan", "HFAN", "10"), Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\"")}) {
+            const Outcome out = KeyEvent(payload);
+            EXPECT_EQ(out.answers, std::vector<std::string>{"ok"});
+            ASSERT_EQ(out.sent.size(), 1u);
+            EXPECT_EQ(out.sent[0].deviceIndex, c.sent);
+        }
+    }
+}
+
+// Log readers on the TV filter by tag and priority and parse "<file> : <function>(<line>)  ";
+// each kind of line keeps its priority: 6 error, 4 info, 3 debug.
+TEST_F(CIRControlTest, ServiceLinesKeepTheirPriorityTagAndPrefix) {
+    sim::Log::Clear();
+    KeyEvent(Key("oic.d.fan", "HFAN", "39"));
+    KeyEvent(Key("oic.d.fan", "HFAN", "10"));
+    Run("{}", false);
+    struct Case { std::string location, message; int priority; };
+    const std::vector<Case> cases = {
+        {"CIRControl.cpp : HandleKeyEvent(", "  error occured: unsupported key(error:5)", 6},
+        {"CIRInterface.cpp : getD2DDeviceIndex(", "  codeset:HFAN, index: 1", 6},
+        {"CIRDevice.cpp : blastAllowedKey(", "  key to be IRBlasted : 10", 4},
+        {"CIRControl.cpp : HandleDeviceEvent(", "  device_event_json: {}", 4},
+        {"CIRControl.cpp : HandleDeviceEvent(", " > Entered\n", 4},
+        {"CIRControl.cpp : HandleKeyEvent(", " > Entered\n", 3},
+        {"CIRDevice.cpp : GetParsedDeviceInfo(", " > Left\n", 3},
+    };
+    const auto lines = sim::Log::Lines();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.location + c.message);
+        auto line = std::find_if(lines.begin(), lines.end(), [&](const sim::LogLine& l) {
+            const std::size_t close = l.text.find(')');
+            return l.text.rfind(c.location, 0) == 0 && close != std::string::npos &&
+                   l.text.compare(close + 1, std::string::npos, c.message) == 0;
+        });
+        ASSERT_NE(line, lines.end());
+        EXPECT_EQ(line->tag, "IRCONTROL");
+        EXPECT_EQ(line->priority, c.priority);
+        const std::string number = line->text.substr(c.location.size(), line->text.find(')') - c.location.size());
+        EXPECT_FALSE(number.empty());
+        EXPECT_EQ(number.find_first_not_of("0123456789"), std::string::npos) << number;
+    }
 }
 
 TEST_F(CIRControlTest, LibraryFailureWithoutExceptionStillAnswersOk) {
