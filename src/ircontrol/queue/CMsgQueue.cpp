@@ -15,9 +15,11 @@ CMsgQueue::MsgQueue::MsgQueue(const std::string& name) : name_(name) {}
 
 CMsgQueue::MsgQueue::~MsgQueue() { Clear(); }
 
-void CMsgQueue::MsgQueue::Push(ThreadJob& job) {
+bool CMsgQueue::MsgQueue::Push(ThreadJob& job) {
     std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_) return false;
     jobs_.push_back(job);
+    return true;
 }
 
 void CMsgQueue::MsgQueue::Pop() {
@@ -59,10 +61,15 @@ void CMsgQueue::MsgQueue::RunFirstJob() {
     }
 }
 
-void CMsgQueue::MsgQueue::Clear() {
+void CMsgQueue::MsgQueue::Clear() { discard(false); }
+
+void CMsgQueue::MsgQueue::Close() { discard(true); }
+
+void CMsgQueue::MsgQueue::discard(bool close) {
     std::deque<ThreadJob> discarded;
     {
         std::lock_guard<std::mutex> lock(mutex_);
+        closed_ = closed_ || close;
         discarded.swap(jobs_);
     }
     // Destroyed front to back outside the lock: a job's captures may release requests whose
@@ -93,8 +100,11 @@ CMsgQueue::~CMsgQueue() {
 }
 
 void CMsgQueue::EnqueueData(ThreadJob& job) {
-    if (!running_) throw std::runtime_error("Thread already finished! Can not do enqueue!!");
-    queue_.Push(job);
+    // The flag turns most late producers away; the closed container catches one that read the
+    // flag just before the stop and reached the container after the worker's final clear.
+    if (!running_ || !queue_.Push(job)) {
+        throw std::runtime_error("Thread already finished! Can not do enqueue!!");
+    }
     // Notified without the wait mutex: a notification that falls between the worker's check
     // and its wait is lost, and the worker's one-second bound picks the job up instead.
     condition_.notify_one();
@@ -125,7 +135,7 @@ void CMsgQueue::runDispatchingThread() {
             condition_.wait_until(lock, std::chrono::steady_clock::now() + std::chrono::seconds(1));
         }
         IRC_LOGE("[%s] ESCAPE!", name_.c_str());
-        clearData();
+        queue_.Close();
         lock.unlock();
     } catch (const std::exception& e) {
         IRC_LOGE("Exception: %s", e.what());

@@ -23,17 +23,24 @@ public:
         explicit MsgQueue(const std::string& name);
         ~MsgQueue();
 
-        void Push(ThreadJob& job);
+        // False (nothing queued) once Close() has run.
+        bool Push(ThreadJob& job);
         void Pop();                 // not on an empty queue
         ThreadJob& Front();         // not on an empty queue
         int Size();
         bool IsEmpty();
         void RunFirstJob();         // runs the oldest job without holding the mutex
         void Clear();
+        // Clear() for good: every later Push is refused. The same lock as Push, so no job can
+        // slip in behind the worker's final clear.
+        void Close();
 
     private:
+        void discard(bool close);
+
         std::mutex mutex_;
         std::deque<ThreadJob> jobs_;
+        bool closed_ = false;
         std::string name_;
     };
 

@@ -152,6 +152,44 @@ TEST_F(CMsgQueueTest, ConcurrentProducersKeepTheirOwnOrderAndEveryJobRunsOnce) {
     }
 }
 
+// A producer that passed the running check just before the stop can reach the container after
+// the worker's final clear; its job must then be refused, not left queued until process exit.
+TEST_F(CMsgQueueTest, StressPushesRacingTheStopAreRefusedOrDiscardedAtOnce) {
+    constexpr int kProducers = 4;
+    const auto deadline = std::chrono::steady_clock::now() + 3s;
+    int rounds = 0;
+    int leftBehind = 0;
+    for (; rounds < 400 && std::chrono::steady_clock::now() < deadline; ++rounds) {
+        auto queue = std::make_unique<CMsgQueue>();
+        std::atomic<int> ready{0};
+        std::vector<std::thread> producers;
+        for (int p = 0; p < kProducers; ++p) {
+            producers.emplace_back([&] {
+                ++ready;
+                for (;;) {
+                    ThreadJob job = [] {};
+                    try {
+                        queue->EnqueueData(job);
+                    } catch (const std::runtime_error&) {
+                        return;
+                    }
+                }
+            });
+        }
+        while (ready < kProducers) std::this_thread::yield();
+        queue->Quit();
+        for (auto& t : producers) t.join();
+        const auto finishDeadline = std::chrono::steady_clock::now() + 10s;
+        while (sim::Log::Count("[ircontrolQ] Finished thread running") < static_cast<size_t>(rounds + 1) &&
+               std::chrono::steady_clock::now() < finishDeadline) {
+            std::this_thread::sleep_for(1ms);
+        }
+        ASSERT_EQ(sim::Log::Count("[ircontrolQ] Finished thread running"), static_cast<size_t>(rounds + 1));
+        if (!queue->isEmptyQueue()) ++leftBehind;
+    }
+    EXPECT_EQ(leftBehind, 0) << "of " << rounds << " stops";
+}
+
 TEST_F(CMsgQueueTest, InnerQueueOperations) {
     CMsgQueue::MsgQueue inner("q");
     int ran = 0;
@@ -168,6 +206,11 @@ TEST_F(CMsgQueueTest, InnerQueueOperations) {
     inner.RunFirstJob();  // empty: nothing happens
     inner.Push(a);
     inner.Clear();
+    EXPECT_TRUE(inner.IsEmpty());
+    EXPECT_TRUE(inner.Push(a));  // a clear is not a close
+    inner.Close();
+    EXPECT_TRUE(inner.IsEmpty());
+    EXPECT_FALSE(inner.Push(b));
     EXPECT_TRUE(inner.IsEmpty());
     EXPECT_EQ(ran, 11);
 }

@@ -1,0 +1,135 @@
+// The edges of the lifecycle where a host thread stops or unloads the plugin while the queue's
+// worker is still inside a request. The worker is held at a chosen point through the
+// simulator's log and result listeners, so each interleaving happens every run; every wait has
+// a deadline, so a regression fails instead of hanging.
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <mutex>
+
+#include "E2eFixture.h"
+
+namespace irctest {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A one-shot signal between threads with a bounded wait.
+class Latch {
+public:
+    void Open() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        open_ = true;
+        changed_.notify_all();
+    }
+    bool Wait(std::chrono::milliseconds timeout = kAnswerDeadline) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        return changed_.wait_for(lock, timeout, [this] { return open_; });
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool open_ = false;
+};
+
+bool Has(const sim::LogLine& line, const char* text) {
+    return line.text.find(text) != std::string::npos;
+}
+
+class PluginStopConcurrencyTest : public PluginTest {
+protected:
+    void TearDown() override {
+        sim::Log::SetListener(nullptr);
+        sim::Host::SetResultListener(nullptr);
+        PluginTest::TearDown();
+    }
+};
+
+// The host may serialise its calls into the plugin with a lock that its own send-result also
+// takes; a stop that waited for an answer in the host's hands would then never return.
+TEST_F(PluginStopConcurrencyTest, StopDoesNotWaitForAnAnswerTheHostIsStillTaking) {
+    plugin_->Create();
+    Latch inSend, release;
+    sim::Host::SetResultListener([&](const sim::SetResult&) {
+        inSend.Open();
+        release.Wait();
+    });
+    const uint64_t tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
+    ASSERT_TRUE(inSend.Wait());
+    auto stop = std::async(std::launch::async, [&] { plugin_->Destroy(); });
+    const bool stoppedAlone = stop.wait_for(3s) == std::future_status::ready;
+    release.Open();
+    stop.wait();
+    EXPECT_TRUE(stoppedAlone) << "DestroyPlugin waited for the host's send-result call";
+    ASSERT_EQ(sim::Host::ResultsFor(tx).size(), 1u);
+    EXPECT_TRUE(sim::Host::ResultsFor(tx)[0].serviceAlive);
+}
+
+// A job of the first start finishes while a second start (doomed at the stopped queue) has a new
+// service up: its answer must not go out with the first service's destroyed handle.
+TEST_F(PluginStopConcurrencyTest, JobOfTheFirstStartStaysSilentDuringAFailedRestart) {
+    plugin_->Create();
+    std::atomic<int> phase{0};  // 1: first job under way; 2: restart registering properties
+    Latch jobHeld, answerDue, answerTried;
+    sim::Log::SetListener([&](const sim::LogLine& line) {
+        if (phase == 1 && Has(line, "key to be IRBlasted")) {
+            jobHeld.Open();
+            answerDue.Wait();
+        } else if (phase == 2 && Has(line, "name: setKeyEvent")) {
+            answerDue.Open();
+            answerTried.Wait();
+        } else if (Has(line, "[resp_handler] vyrf_service_send_set_property_result") ||
+                   Has(line, "[resp_handler] service stopped")) {
+            answerTried.Open();
+        }
+    });
+    phase = 1;
+    const uint64_t tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
+    ASSERT_TRUE(jobHeld.Wait());
+    plugin_->Destroy();
+    const auto badBefore = sim::Host::CallsWithBadService();
+    phase = 2;
+    plugin_->Create();
+    EXPECT_TRUE(answerTried.Wait()) << "the held job never tried to answer";
+    EXPECT_TRUE(sim::Log::Contains("need to retry"));
+    EXPECT_TRUE(sim::Host::ResultsFor(tx).empty()) << "answered with a destroyed service";
+    EXPECT_TRUE(sim::Log::Contains("[resp_handler] service stopped, answer dropped: ok"));
+    // The rollback's own unregister/destroy use the new handle; only a late answer would add
+    // calls with the old one.
+    EXPECT_EQ(sim::Host::CallsWithBadService(), badBefore);
+}
+
+// The host unloads the library right after the stop while a key is still being handled: the
+// job's JSON work must find the JSON layer's values alive until the worker has been joined.
+TEST_F(PluginStopConcurrencyTest, UnloadRightAfterTheStopLetsTheRunningJobFinishItsJsonWork) {
+    // No "dev_info": each lookup of it gives the JSON layer's shared null value.
+    sim::Settings::SetString(kDevicesKey, R"({"paired":[]})");
+    plugin_->Create();
+    ASSERT_EQ(AnswerOf(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10)))->first, "key_error");
+
+    std::atomic<bool> armed{false};
+    Latch jobHeld, joining;
+    sim::Log::SetListener([&](const sim::LogLine& line) {
+        if (armed && Has(line, "irdevices : ")) {
+            jobHeld.Open();
+            joining.Wait();
+        } else if (Has(line, "before join")) {
+            joining.Open();
+        }
+    });
+    armed = true;
+    SendKey(KeyPayload("oic.d.fan", "HFAN0001", 11));
+    ASSERT_TRUE(jobHeld.Wait());
+    plugin_->Destroy();
+    auto unload = std::async(std::launch::async, [&] { return plugin_->Unload(); });
+    ASSERT_EQ(unload.wait_for(kAnswerDeadline), std::future_status::ready) << "unload hangs";
+    EXPECT_TRUE(unload.get());
+    plugin_.reset();
+    EXPECT_TRUE(joining.Wait(0ms)) << "the worker was not joined at unload";
+    EXPECT_EQ(sim::Log::Count("error occured: device_array_obj null(error:2)"), 2u);
+}
+
+}  // namespace
+}  // namespace irctest
