@@ -130,6 +130,13 @@ const JsonValue& JsonValue::Null() {
     return null;
 }
 
+namespace {
+// Built while the library loads, so it outlives every singleton made later: statics die in the
+// reverse order of their making, and a worker thread joined by such a singleton at unload may
+// still be in a job that reads this value.
+[[maybe_unused]] const JsonValue& gNullBuiltAtLoad = JsonValue::Null();
+}  // namespace
+
 JsonType JsonValue::type() const { return SharedJson::type(); }
 bool JsonValue::isNull() const { return type() == kNull; }
 bool JsonValue::isBool() const { return type() == kBool; }

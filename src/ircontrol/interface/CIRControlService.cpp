@@ -36,10 +36,9 @@ void CIRControlService::Init() {
             return;
         }
         serviceHandle_ = service;
-        {
-            std::lock_guard<std::mutex> answerLock(answerMutex_);
-            answering_ = true;
-        }
+        // A new number even if the host hands out the old handle again: a job left over from an
+        // earlier start must not answer while this one runs, nor if this one is rolled back.
+        liveStart_ = ++starts_;
         registerProperty(service);
         eventReceiver_.Init();
     } catch (const CException& e) {
@@ -56,13 +55,9 @@ void CIRControlService::Deinit() {
     IRC_ENTER();
     IRC_LOGE("DEINIT!");
     eventReceiver_.Deinit();
-    {
-        // A job that was already running when the queue stopped may still answer; once the
-        // host service is gone its handle means nothing, so such late answers are dropped
-        // (logged) instead of reaching the host with a destroyed service.
-        std::lock_guard<std::mutex> answerLock(answerMutex_);
-        answering_ = false;
-    }
+    // A job that was already running when the queue stopped may still answer; once the host
+    // service is gone its handle means nothing, so such late answers are dropped (logged).
+    liveStart_ = 0;
     unregisterProperty();
     destroyService();
     IRC_LEAVE();
@@ -127,19 +122,21 @@ void CIRControlService::setRequestCallback(vyrf_service_h service, vyrf_transact
 void CIRControlService::onSetRequest(vyrf_service_h service, vyrf_transaction_h transaction,
                                      vyrf_property_list_h list) {
     std::shared_ptr<IPropertyListHelper> helper = IPropertyListHelper::Create(list);
-    auto respond = [self = this, service, transaction](const std::string& errorCode,
-                                                        const std::string& description) {
-        self->sendResponse(service, transaction, errorCode, description);
+    auto respond = [self = this, start = liveStart_.load(), service, transaction](
+                       const std::string& errorCode, const std::string& description) {
+        self->sendResponse(start, service, transaction, errorCode, description);
     };
     handleRequest(CRequest::Create(RequestType::Set, helper, respond));
 }
 
-void CIRControlService::sendResponse(vyrf_service_h service, vyrf_transaction_h transaction,
-                                     const std::string& errorCode,
+void CIRControlService::sendResponse(uint64_t start, vyrf_service_h service,
+                                     vyrf_transaction_h transaction, const std::string& errorCode,
                                      const std::string& description) {
     IRC_LOGI("[resp_handler] err: %s, desc: %s", errorCode.c_str(), description.c_str());
-    std::lock_guard<std::mutex> answerLock(answerMutex_);
-    if (!answering_) {
+    // Checked, not held: a stop never waits for the host to take an answer. A stop that comes
+    // between this check and the send below lets this one answer go out as if it had come just
+    // before the stop; the host refuses it if the service is already gone.
+    if (start == 0 || liveStart_.load() != start) {
         IRC_LOGE("[resp_handler] service stopped, answer dropped: %s", errorCode.c_str());
         return;
     }

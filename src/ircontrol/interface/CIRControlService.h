@@ -5,6 +5,8 @@
 // thread and never let an exception reach the host; answers are sent from the queue's thread.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <mutex>
 #include <string>
 
@@ -44,16 +46,18 @@ private:
     void handleRequest(std::shared_ptr<CRequest> request);
     void onSetRequest(vyrf_service_h service, vyrf_transaction_h transaction,
                       vyrf_property_list_h list);
-    void sendResponse(vyrf_service_h service, vyrf_transaction_h transaction,
+    void sendResponse(uint64_t start, vyrf_service_h service, vyrf_transaction_h transaction,
                       const std::string& errorCode, const std::string& description);
 
     vyrf_service_h serviceHandle_ = nullptr;
     std::recursive_mutex mutex_;
     CEventReceiver eventReceiver_;
 
-    // Answers are sent only between a start and the next stop (see sendResponse).
-    std::mutex answerMutex_;
-    bool answering_ = false;
+    // An answer goes out only while the start that took its request in is the live one: each
+    // start that gets a host service gets a new number, a stop sets 0. Read without a lock, so
+    // no lock of the service is ever held while the host runs (see sendResponse).
+    std::atomic<uint64_t> liveStart_{0};
+    uint64_t starts_ = 0;  // under mutex_
 };
 
 }  // namespace ircontrol
