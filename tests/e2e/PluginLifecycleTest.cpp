@@ -1,5 +1,6 @@
 // Start and stop of the loaded plugin. ctest runs each test in a process of its own; within a
 // test, every stop is final for that load of the library (its queue cannot restart).
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -34,6 +35,47 @@ TEST_F(PluginLifecycleTest, CreateLogsTheModelYearAndStartsOnce) {
     EXPECT_EQ(plugin_->Create(), 1);
     EXPECT_TRUE(sim::Log::Contains("\033[31malready initialized\033[0m"));
     EXPECT_EQ(LiveServices(), 1u);
+}
+
+// The lifecycle's lines are what field logs are searched for: error priority, tag IRCONTROL,
+// each message exactly as written; the request's own trace is at info priority.
+TEST_F(PluginLifecycleTest, LifecycleLinesAreErrorsAndTheRequestTraceIsInfo) {
+    sim::SystemInfo::SetYear(23);
+    plugin_->Create();
+    ASSERT_TRUE(AnswerOf(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10))).has_value());
+    plugin_->Destroy();
+    struct Case { std::string message; int priority; };
+    const std::vector<Case> cases = {
+        {"create ircontrol service plugin, year(23)", 6},
+        {"Init", 6},
+        {"QUEUE[ircontrolQ] thread created", 6},
+        {"\033[33minitialized\033[0m", 6},
+        {"request_type: 2", 6},
+        {"oic_device_type : oic.d.fan", 6},
+        {"codeset:HFAN0001, index: 3", 6},
+        {"destroy ircontrol service plugin", 6},
+        {"Deinit", 6},
+        {"DEINIT!", 6},
+        {"\033[33mdeinitialized\033[0m", 6},
+        {"err: 0, name: setKeyEvent, type: 4, desc: set ir key event", 4},
+        {"property_name: setKeyEvent", 4},
+        {"codset_name: HFAN0001, codset_key: 10, oic_device_type: oic.d.fan", 4},
+        {"[irkt]: codeset: HFAN0001, key: 10, online: 0", 4},
+        {"ret of irbl_send_command_hdevice: 1", 4},
+        {"[resp_handler] err: ok, desc: a request has been processed successfully", 4},
+        {"err: 0, property: [setKeyEvent] unregistered", 4},
+    };
+    const auto lines = sim::Log::Lines();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        auto line = std::find_if(lines.begin(), lines.end(), [&](const sim::LogLine& l) {
+            const std::size_t at = l.text.find(")  ");
+            return at != std::string::npos && l.text.compare(at + 3, std::string::npos, c.message) == 0;
+        });
+        ASSERT_NE(line, lines.end());
+        EXPECT_EQ(line->tag, "IRCONTROL");
+        EXPECT_EQ(line->priority, c.priority);
+    }
 }
 
 TEST_F(PluginLifecycleTest, UnreadableYearIsLoggedAndDoesNotGateTheStart) {

@@ -25,8 +25,11 @@ TEST(CRequestTest, EachResultMapsToItsTwoTexts) {
         {0, {"ok", "a request has been processed successfully"}},
         {1, {"key_error", "a ir key event request got error"}},
         {2, {"device_error", "a device event request got error"}},
+        {3, {"unknown", "unknown error occured"}},
         {7, {"unknown", "unknown error occured"}},
         {-1, {"unknown", "unknown error occured"}},
+        {2147483647, {"unknown", "unknown error occured"}},
+        {-2147483647 - 1, {"unknown", "unknown error occured"}},
     };
     for (const auto& [value, texts] : table) {
         Answers answers;

@@ -130,6 +130,11 @@ TEST_F(CIRControlTest, AirConditionerWordsAreTranslatedAndModeGoesFirst) {
         {"\"ON\"", "\"DEHUMI\"", "\"MEDIUM\"", "18", {"dry", "on", "18", "medium"}},
         {"\"ON\"", "\"VENT\"", "\"HIGH\"", "30", {"fan", "on", "30", "high"}},
         {"\"ON\"", "\"HEAT\"", "\"HIGH\"", "99", {"heat", "on", "99", "high"}},
+        // A set point is sent as the request wrote it, 0 and the int limits included.
+        {"\"ON\"", "\"COLD\"", "\"LOW\"", "0", {"cool", "on", "0", "low"}},
+        {"\"ON\"", "\"COLD\"", "\"LOW\"", "-1", {"cool", "on", "-1", "low"}},
+        {"\"ON\"", "\"COLD\"", "\"LOW\"", "2147483647", {"cool", "on", "2147483647", "low"}},
+        {"\"ON\"", "\"COLD\"", "\"LOW\"", "-2147483648", {"cool", "on", "-2147483648", "low"}},
     };
     for (const auto& c : cases) {
         const Outcome out = KeyEvent(Ac(c.power, c.mode, c.setpoint, c.fan));
@@ -176,6 +181,8 @@ TEST_F(CIRControlTest, FailuresAnswerKeyErrorWithTheReasonLogged) {
         {"[1,2,3]", "invalid type"},
         {"42", "invalid type"},
         {Ac("\"ON\"", "\"COLD\"", "\"warm\"", "\"LOW\""), "cannot convert to int32_t type"},
+        {Ac("\"ON\"", "\"COLD\"", "2147483648", "\"LOW\""), "int64_t value exceed int32_t range"},
+        {Ac("\"ON\"", "\"COLD\"", "null", "\"LOW\""), "coolingSetpoint obj null(error:5)"},
         {std::string(100000, '[') + std::string(100000, ']'), "json obj null(error:2)"},
     };
     for (const auto& [payload, reason] : cases) {
