@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <future>
+#include <memory>
 #include <mutex>
 
 #include "E2eFixture.h"
@@ -34,6 +35,13 @@ private:
     bool open_ = false;
 };
 
+// What a test shares with the listeners. Held by the listeners too: the worker may still be
+// inside one (or start another call) after the test body has returned.
+struct Signals {
+    Latch first, second, third;
+    std::atomic<int> phase{0};
+};
+
 bool Has(const sim::LogLine& line, const char* text) {
     return line.text.find(text) != std::string::npos;
 }
@@ -51,17 +59,19 @@ protected:
 // takes; a stop that waited for an answer in the host's hands would then never return.
 TEST_F(PluginStopConcurrencyTest, StopDoesNotWaitForAnAnswerTheHostIsStillTaking) {
     plugin_->Create();
-    Latch inSend, release;
-    sim::Host::SetResultListener([&](const sim::SetResult&) {
-        inSend.Open();
-        release.Wait();
+    auto s = std::make_shared<Signals>();  // first: in the send; second: let it return; third: returned
+    sim::Host::SetResultListener([s](const sim::SetResult&) {
+        s->first.Open();
+        s->second.Wait();
+        s->third.Open();
     });
     const uint64_t tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
-    ASSERT_TRUE(inSend.Wait());
+    ASSERT_TRUE(s->first.Wait());
     auto stop = std::async(std::launch::async, [&] { plugin_->Destroy(); });
     const bool stoppedAlone = stop.wait_for(3s) == std::future_status::ready;
-    release.Open();
+    s->second.Open();
     stop.wait();
+    EXPECT_TRUE(s->third.Wait());
     EXPECT_TRUE(stoppedAlone) << "DestroyPlugin waited for the host's send-result call";
     ASSERT_EQ(sim::Host::ResultsFor(tx).size(), 1u);
     EXPECT_TRUE(sim::Host::ResultsFor(tx)[0].serviceAlive);
@@ -71,28 +81,29 @@ TEST_F(PluginStopConcurrencyTest, StopDoesNotWaitForAnAnswerTheHostIsStillTaking
 // service up: its answer must not go out with the first service's destroyed handle.
 TEST_F(PluginStopConcurrencyTest, JobOfTheFirstStartStaysSilentDuringAFailedRestart) {
     plugin_->Create();
-    std::atomic<int> phase{0};  // 1: first job under way; 2: restart registering properties
-    Latch jobHeld, answerDue, answerTried;
-    sim::Log::SetListener([&](const sim::LogLine& line) {
-        if (phase == 1 && Has(line, "key to be IRBlasted")) {
-            jobHeld.Open();
-            answerDue.Wait();
-        } else if (phase == 2 && Has(line, "name: setKeyEvent")) {
-            answerDue.Open();
-            answerTried.Wait();
+    // phase 1: the first job is under way; 2: the restart is registering its properties.
+    // first: job held; second: job may answer; third: it tried to.
+    auto s = std::make_shared<Signals>();
+    sim::Log::SetListener([s](const sim::LogLine& line) {
+        if (s->phase == 1 && Has(line, "key to be IRBlasted")) {
+            s->first.Open();
+            s->second.Wait();
+        } else if (s->phase == 2 && Has(line, "name: setKeyEvent")) {
+            s->second.Open();
+            s->third.Wait();
         } else if (Has(line, "[resp_handler] vyrf_service_send_set_property_result") ||
                    Has(line, "[resp_handler] service stopped")) {
-            answerTried.Open();
+            s->third.Open();
         }
     });
-    phase = 1;
+    s->phase = 1;
     const uint64_t tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
-    ASSERT_TRUE(jobHeld.Wait());
+    ASSERT_TRUE(s->first.Wait());
     plugin_->Destroy();
     const auto badBefore = sim::Host::CallsWithBadService();
-    phase = 2;
+    s->phase = 2;
     plugin_->Create();
-    EXPECT_TRUE(answerTried.Wait()) << "the held job never tried to answer";
+    EXPECT_TRUE(s->third.Wait()) << "the held job never tried to answer";
     EXPECT_TRUE(sim::Log::Contains("need to retry"));
     EXPECT_TRUE(sim::Host::ResultsFor(tx).empty()) << "answered with a destroyed service";
     EXPECT_TRUE(sim::Log::Contains("[resp_handler] service stopped, answer dropped: ok"));
@@ -109,21 +120,20 @@ TEST_F(PluginStopConcurrencyTest, UnloadRightAfterTheStopLetsTheRunningJobFinish
     plugin_->Create();
     ASSERT_EQ(AnswerOf(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10)))->first, "key_error");
 
-    std::atomic<bool> armed{false};
-    Latch jobHeld, joining;
-    sim::Log::SetListener([&](const sim::LogLine& line) {
-        if (armed && Has(line, "irdevices : ")) {
-            jobHeld.Open();
-            joining.Wait();
+    auto s = std::make_shared<Signals>();  // first: job held; second: unload is joining
+    sim::Log::SetListener([s](const sim::LogLine& line) {
+        if (s->phase == 1 && Has(line, "irdevices : ")) {
+            s->first.Open();
+            s->second.Wait();
         } else if (Has(line, "before join")) {
-            joining.Open();
+            s->second.Open();
         }
     });
-    armed = true;
+    s->phase = 1;
     // json-glib reports a released node on stderr; valgrind reports the read itself.
     ::testing::internal::CaptureStderr();
     SendKey(KeyPayload("oic.d.fan", "HFAN0001", 11));
-    ASSERT_TRUE(jobHeld.Wait());
+    ASSERT_TRUE(s->first.Wait());
     plugin_->Destroy();
     auto unload = std::async(std::launch::async, [&] { return plugin_->Unload(); });
     ASSERT_EQ(unload.wait_for(kAnswerDeadline), std::future_status::ready) << "unload hangs";
@@ -131,7 +141,7 @@ TEST_F(PluginStopConcurrencyTest, UnloadRightAfterTheStopLetsTheRunningJobFinish
     plugin_.reset();
     const std::string errors = ::testing::internal::GetCapturedStderr();
     EXPECT_EQ(errors.find("CRITICAL"), std::string::npos) << errors;
-    EXPECT_TRUE(joining.Wait(0ms)) << "the worker was not joined at unload";
+    EXPECT_TRUE(s->second.Wait(0ms)) << "the worker was not joined at unload";
     EXPECT_EQ(sim::Log::Count("error occured: device_array_obj null(error:2)"), 2u);
 }
 
