@@ -30,15 +30,17 @@ void CIRControlService::Init() {
     IRC_ENTER();
     std::lock_guard<std::recursive_mutex> lock(mutex_);
     try {
+        // Numbered before the host can call in, so every request of this start may answer; a
+        // new number even if the host hands out the old handle again, so a job left over from
+        // an earlier start answers neither while this one runs nor if it is rolled back.
+        liveStart_ = ++starts_;
         vyrf_service_h service = createService();
         if (service == nullptr) {
+            liveStart_ = 0;
             IRC_LOGE("failed to create service");
             return;
         }
         serviceHandle_ = service;
-        // A new number even if the host hands out the old handle again: a job left over from an
-        // earlier start must not answer while this one runs, nor if this one is rolled back.
-        liveStart_ = ++starts_;
         registerProperty(service);
         eventReceiver_.Init();
     } catch (const CException& e) {
