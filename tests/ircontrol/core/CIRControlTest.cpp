@@ -322,17 +322,33 @@ TEST_F(CIRControlTest, RequestsWithoutAListAnswerTheirKindsError) {
     EXPECT_EQ(sim::Log::Count("error occured: property_list null!(error:5)"), 2u);
 }
 
+// Each request queries the key map of its own codeset kind, from the TV's catalogue (never the
+// online one).
 TEST_F(CIRControlTest, KeyMapsComeFromTheCodesetKindOfTheDevice) {
     sim::IrBlaster::SetKeyMap("HFAN", "fan-keys");
-    KeyEvent(Key("oic.d.fan", "HFAN", "10"));
-    EXPECT_TRUE(sim::Log::Contains("key_map: fan-keys"));
-    KeyEvent(Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\""));  // ZAC has no key map in the catalogue
-    EXPECT_TRUE(sim::Log::Contains("irbl_get_supported_keymap_hcodeset returnd NULL!!"));
-    bool zQuery = false;
-    for (const auto& call : sim::IrBlaster::Journal()) {
-        zQuery = zQuery || (call.function == sim::IrCall::Function::KeyMapZ && call.codeset == "ZAC");
+    struct Case { std::string payload; sim::IrCall::Function query; std::string codeset; };
+    const std::vector<Case> cases = {
+        {Key("oic.d.fan", "HFAN", "10"), sim::IrCall::Function::KeyMapH, "HFAN"},
+        {Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\""), sim::IrCall::Function::KeyMapZ, "ZAC"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.codeset);
+        KeyEvent(c.payload);
+        std::vector<sim::IrCall> queries;
+        for (const auto& call : sim::IrBlaster::Journal()) {
+            if (call.function == sim::IrCall::Function::KeyMapH ||
+                call.function == sim::IrCall::Function::KeyMapZ) {
+                queries.push_back(call);
+            }
+        }
+        ASSERT_EQ(queries.size(), 1u);
+        EXPECT_EQ(queries[0].function, c.query);
+        EXPECT_EQ(queries[0].codeset, c.codeset);
+        EXPECT_FALSE(queries[0].online);
     }
-    EXPECT_TRUE(zQuery);
+    EXPECT_TRUE(sim::Log::Contains("key_map: fan-keys"));
+    // ZAC has no key map in the catalogue; both kinds log the same text for that.
+    EXPECT_TRUE(sim::Log::Contains("irbl_get_supported_keymap_hcodeset returnd NULL!!"));
 }
 
 }  // namespace
