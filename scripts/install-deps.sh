@@ -17,6 +17,13 @@ needed=(
   "libclang-rt-dev:glob:/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a"
   "valgrind:cmd:valgrind"
 )
+# `install-deps.sh arm`: also the cross compiler and the emulator of the 32-bit ARM build.
+if [ "${1:-}" = arm ]; then
+  needed+=(
+    "g++-arm-linux-gnueabihf:cmd:arm-linux-gnueabihf-g++"
+    "qemu-user:cmd:qemu-arm"
+  )
+fi
 
 missing=()
 for entry in "${needed[@]}"; do
