@@ -46,7 +46,7 @@ test-arm: build-arm
 	@cd $(BUILD_ARM) && ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
 package-arm: build-arm
-	@bash scripts/package-arm.sh $(BUILD_ARM)
+	@bash scripts/package-plugin.sh $(BUILD_ARM) arm-linux-gnueabihf-
 
 clean:
 	rm -rf $(BUILD) build-*
