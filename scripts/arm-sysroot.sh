@@ -23,14 +23,16 @@ KEEP='^(lib.*|zlib1g.*|googletest)$'
 say() { echo "arm-sysroot: $*" >&2; }
 PRINT=0; [ "${1:-}" = --print ] && PRINT=1
 
+SUDO=""
+[ "$(id -u)" -eq 0 ] || SUDO=sudo
 if ! dpkg --print-foreign-architectures | grep -qx armhf; then
     say "adding the armhf architecture to dpkg"
-    dpkg --add-architecture armhf
+    $SUDO dpkg --add-architecture armhf
 fi
 if ! apt-cache show libjson-glib-dev:armhf >/dev/null 2>&1; then
     say "apt-get update (armhf indexes)"
     # A mirror in mid-sync can fail one index; the package lookups below decide whether it matters.
-    apt-get -o DPkg::Lock::Timeout=600 update -qq || say "warning: apt-get update reported errors"
+    $SUDO apt-get -o DPkg::Lock::Timeout=600 update -qq || say "warning: apt-get update reported errors"
 fi
 
 # The resolver's choice for an empty armhf system: one alternative per dependency, exact versions.
@@ -61,13 +63,16 @@ wanted=$(awk -v roots="${ROOTS[*]}" -v skip="$SKIP" -v keep="$KEEP" '
         }
     }' <(echo "$resolved") <(echo "$edges") | sort)
 
+# One build of the sysroot at a time (parallel CI jobs share the cache).
+mkdir -p "$(dirname "$SYSROOT")"
+exec 9>"$SYSROOT.lock"
+flock 9
 if [ -f "$SYSROOT/.packages" ] && [ "$(cat "$SYSROOT/.packages")" = "$wanted" ]; then
     [ $PRINT = 1 ] && echo "$SYSROOT"
     exit 0
 fi
 
 say "building $SYSROOT from $(wc -l <<<"$wanted") armhf packages"
-mkdir -p "$(dirname "$SYSROOT")"
 work=$(mktemp -d "$SYSROOT.new.XXXXXX")
 trap 'rm -f "$empty"; rm -rf "$work"' EXIT
 mkdir -p "$work/debs" "$work/root"

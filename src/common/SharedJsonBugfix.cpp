@@ -55,8 +55,9 @@ bool LayoutMatches() {
     NodeRef array(json_node_alloc());
     json_node_take_array(json_node_init(array.node, JSON_NODE_ARRAY), json_array_new());
     NodeRef null(json_node_new(JSON_NODE_NULL));
-    if (PayloadWord(object.node) != reinterpret_cast<uintptr_t>(json_node_get_object(object.node)) ||
-        PayloadWord(array.node) != reinterpret_cast<uintptr_t>(json_node_get_array(array.node)) ||
+    const auto address = [](const void* p) { return reinterpret_cast<uintptr_t>(p); };
+    if (PayloadWord(object.node) != address(json_node_get_object(object.node)) ||
+        PayloadWord(array.node) != address(json_node_get_array(array.node)) ||
         PayloadWord(null.node) != 0) {
         return false;
     }
