@@ -131,7 +131,7 @@ long ResidentKiB() {
         if (std::fscanf(f, "%ld %ld", &pages, &resident) != 2) resident = 0;
         std::fclose(f);
     }
-    return resident * 4;  // 4 KiB pages
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
 }  // namespace irbench

@@ -17,6 +17,13 @@ needed=(
   "libclang-rt-dev:glob:/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a"
   "valgrind:cmd:valgrind"
 )
+# `install-deps.sh arm`: also the cross compiler and the emulator of the 32-bit ARM build.
+if [ "${1:-}" = arm ]; then
+  needed+=(
+    "g++-arm-linux-gnueabihf:cmd:arm-linux-gnueabihf-g++"
+    "qemu-user:cmd:qemu-arm"
+  )
+fi
 
 missing=()
 for entry in "${needed[@]}"; do
@@ -40,5 +47,7 @@ if [ "$(id -u)" -ne 0 ]; then
   SUDO=sudo
 fi
 export DEBIAN_FRONTEND=noninteractive
-$SUDO apt-get update -qq
+# With the armhf indexes added, one index of a mirror in mid-sync can fail the update; the install
+# below is what decides.
+$SUDO apt-get update -qq || echo "warning: apt-get update reported errors" >&2
 $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -2,6 +2,8 @@
 #include <vconf.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -82,9 +84,15 @@ bool LoadFile(SettingsState& s, const std::string& path, std::string* error) {
             continue;
         }
         char* end = nullptr;
-        const long value = std::strtol(rest.c_str(), &end, 10);
+        errno = 0;
+        // long long, not long: the same file must mean the same on 32- and 64-bit builds.
+        const long long value = std::strtoll(rest.c_str(), &end, 10);
         if (rest.empty() || *end != '\0') {
             if (error) *error = path + ":" + std::to_string(number) + ": not an integer: " + rest;
+            return false;
+        }
+        if (errno == ERANGE || value < INT_MIN || value > INT_MAX) {
+            if (error) *error = path + ":" + std::to_string(number) + ": out of int range: " + rest;
             return false;
         }
         s.values[key] = static_cast<int>(value);

@@ -20,8 +20,9 @@ using NodeOwner = std::unique_ptr<JsonNode, void (*)(JsonNode*)>;
 
 namespace bugfix {
 // Leaves `node` null so that the next re-initialisation cannot release the old payload twice.
+// Throws JsonException, touching nothing, where Supported() is false.
 void clear_node(JsonNode* node);
-// Whether this json-glib's nodes can be cleared in place (checked by the tests).
+// Whether this json-glib's nodes can be cleared in place; probed once, logged when not.
 bool Supported();
 }  // namespace bugfix
 

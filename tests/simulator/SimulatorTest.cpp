@@ -4,11 +4,13 @@
 #include <vconf.h>
 #include <vyrf.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "sim/Simulator.h"
 
@@ -119,9 +121,23 @@ TEST_F(SimulatorTest, SettingsSeedFromAFile) {
     ASSERT_TRUE(sim::Settings::SeedFromFile(path, &error)) << error;
     EXPECT_EQ(sim::Settings::GetInt("db/year"), 23);
     EXPECT_EQ(sim::Settings::GetString("db/devices"), "{\"dev_info\":[]}");
-    std::ofstream(path) << "int db/year soon\n";
-    EXPECT_FALSE(sim::Settings::SeedFromFile(path, &error));
-    EXPECT_NE(error.find("not an integer"), std::string::npos);
+    std::ofstream(path) << "int db/low -2147483648\nint db/high 2147483647\n";
+    ASSERT_TRUE(sim::Settings::SeedFromFile(path, &error)) << error;
+    EXPECT_EQ(sim::Settings::GetInt("db/low"), INT_MIN);
+    EXPECT_EQ(sim::Settings::GetInt("db/high"), INT_MAX);
+    // Values an int cannot hold are refused alike on 32- and 64-bit builds, never wrapped.
+    const std::pair<const char*, const char*> refused[] = {
+        {"int db/year soon\n", "not an integer"},
+        {"int db/year 2147483648\n", "out of int range"},
+        {"int db/year -2147483649\n", "out of int range"},
+        {"int db/year 99999999999999999999\n", "out of int range"},
+    };
+    for (const auto& [line, reason] : refused) {
+        std::ofstream(path) << line;
+        EXPECT_FALSE(sim::Settings::SeedFromFile(path, &error)) << line;
+        EXPECT_NE(error.find(reason), std::string::npos) << line << error;
+        EXPECT_EQ(sim::Settings::GetInt("db/year"), 23) << line;
+    }
     std::remove(path.c_str());
 }
 

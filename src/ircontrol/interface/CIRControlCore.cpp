@@ -2,6 +2,8 @@
 
 #include <exception>
 
+#include "JsonException.h"
+#include "SharedJson.h"
 #include "common/ServiceLog.h"
 
 namespace ircontrol {
@@ -40,6 +42,11 @@ void CIRControlCore::Deinit() {
 }
 
 void CIRControlCore::init() {
+    // Every request rewrites JSON values in place; on a json-glib where that cannot be done
+    // safely the service does not start, rather than fail in the middle of a request.
+    if (!common::json::bugfix::Supported()) {
+        throw common::json::JsonException("unsupported json-glib node layout");
+    }
     service_.Init();
 }
 
