@@ -44,6 +44,19 @@ bool ReadFile(const std::string& path, std::string& text) {
 CPlatformSetup::CPlatformSetup() : pairingText_(kDefaultPairing), catalogue_(kDefaultCatalogue) {
     std::string unused;
     ParsePairing(pairingText_, devices_, unused);
+    index();
+}
+
+void CPlatformSetup::index() {
+    catalogueIndex_.clear();
+    catalogueIndex_.reserve(catalogue_.size());
+    // A codeset given twice keeps its last key map, as the IR library's catalogue would.
+    for (std::size_t i = 0; i < catalogue_.size(); ++i) catalogueIndex_[catalogue_[i].first] = i;
+}
+
+const std::string* CPlatformSetup::KeyMap(const std::string& codeset) const {
+    const auto found = catalogueIndex_.find(codeset);
+    return found == catalogueIndex_.end() ? nullptr : &catalogue_[found->second].second;
 }
 
 bool CPlatformSetup::Load(const Options& options, std::string& error) {
@@ -67,6 +80,7 @@ bool CPlatformSetup::Load(const Options& options, std::string& error) {
             error = options.catalogueFile + ": " + error;
             return false;
         }
+        index();
     }
     year_ = options.year.value_or(kDefaultYear);
     mbrSupport_ = options.mbrSupport.value_or(true);
