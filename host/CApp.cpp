@@ -77,9 +77,15 @@ int CApp::single() {
     return 1;
 }
 
+std::chrono::milliseconds CApp::drainWait() const {
+    // Each request behind in the queue answers within one on-air time of the one before it.
+    return std::chrono::milliseconds(options_.timeoutMs + options_.irDelayMs);
+}
+
 void CApp::catchUp(std::vector<RequestResult>& pending, std::chrono::milliseconds wait) {
     for (auto it = pending.begin(); it != pending.end();) {
-        if (session_.Refresh(*it, wait)) printer_.Late(*it);
+        const std::size_t known = it->transmissions.size();
+        if (session_.Refresh(*it, wait)) printer_.Late(*it, known);
         it = it->answer ? pending.erase(it) : it + 1;
     }
 }
@@ -120,9 +126,9 @@ int CApp::demo() {
         catchUp(pending, std::chrono::milliseconds(0));
         printer_.Result(result, step.note);
         if (result.outcome != step.expected) ++unexpected;
-        if (!result.answer) pending.push_back(result);
+        if (result.outcome == Outcome::NoAnswer) pending.push_back(result);
     }
-    catchUp(pending, std::chrono::milliseconds(options_.timeoutMs));
+    catchUp(pending, drainWait());
     printer_.Summary(steps.size(), unexpected);
     return unexpected == 0 ? 0 : fail(std::to_string(unexpected) + " demo answer(s) were not the expected ones", 1);
 }
@@ -160,9 +166,9 @@ int CApp::serve() {
         printer_.Result(result);
         out_.flush();
         if (result.outcome != Outcome::Ok) allOk = false;
-        if (!result.answer) pending.push_back(result);
+        if (result.outcome == Outcome::NoAnswer) pending.push_back(result);
     }
-    catchUp(pending, std::chrono::milliseconds(options_.timeoutMs));
+    catchUp(pending, drainWait());
     return allOk ? 0 : 1;
 }
 

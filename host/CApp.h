@@ -38,6 +38,7 @@ private:
     // Looks again at requests that had no answer in time, printing what came late; waits up to
     // `wait` for each. Drops those that are answered.
     void catchUp(std::vector<RequestResult>& pending, std::chrono::milliseconds wait);
+    std::chrono::milliseconds drainWait() const;  // how long the last catch-up waits for each
     int fail(const std::string& reason, int status);
 
     Options options_;

@@ -32,8 +32,8 @@ const char* TypeName(int type) {
     }
 }
 
-double Milliseconds(std::chrono::steady_clock::duration d) {
-    return static_cast<double>(std::chrono::duration_cast<std::chrono::microseconds>(d).count()) / 1000.0;
+long long Microseconds(std::chrono::steady_clock::duration d) {
+    return static_cast<long long>(std::chrono::duration_cast<std::chrono::microseconds>(d).count());
 }
 
 // The line number and client id every output object about a serve line carries.
@@ -56,9 +56,9 @@ JsonValue TransmissionJson(const Transmission& t, std::chrono::steady_clock::tim
         entry["key"] = call.key;
         entry["online"] = call.online;
     }
-    // On-air start and end, in ms from the set callback.
-    entry["onAirStartMs"] = Milliseconds(call.time - sent);
-    entry["onAirEndMs"] = Milliseconds(call.onAirEnd - sent);
+    // On-air start and end, in microseconds from the set callback.
+    entry["onAirStartUs"] = Microseconds(call.time - sent);
+    entry["onAirEndUs"] = Microseconds(call.onAirEnd - sent);
     entry["late"] = t.late;
     return entry;
 }
@@ -99,7 +99,7 @@ std::string CPrinter::ResultJson(const RequestResult& result, const std::string&
     }
     line["outcome"] = ToString(result.outcome);
     if (!result.reason.empty()) line["reason"] = result.reason;
-    if (result.elapsed) line["elapsedMs"] = static_cast<double>(result.elapsed->count()) / 1000.0;
+    if (result.elapsed) line["elapsedUs"] = static_cast<long long>(result.elapsed->count());
     JsonValue& ir = line["ir"];
     ir = JsonValue(common::json::kArray);
     for (const auto& t : result.transmissions) ir.append(TransmissionJson(t, result.sent));
@@ -174,7 +174,7 @@ void CPrinter::Result(const RequestResult& result, const std::string& note) {
     if (!note.empty()) out_ << indent << "(" << note << ")\n";
 }
 
-void CPrinter::Late(const RequestResult& result) {
+void CPrinter::Late(const RequestResult& result, std::size_t firstNew) {
     if (json_) {
         JsonValue line = JsonValue::Create(ResultJson(result));
         line["late"] = true;
@@ -183,12 +183,15 @@ void CPrinter::Late(const RequestResult& result) {
     }
     const std::string who = result.request.line > 0 ? "line " + std::to_string(result.request.line)
                                                     : "transaction " + std::to_string(result.transaction);
-    out_ << "late, " << who << " (" << result.label << " " << result.summary << "):";
-    for (const auto& t : result.transmissions) {
-        if (t.late) out_ << " " << Transmission(t.call) << ";";
+    std::string news;
+    for (std::size_t i = firstNew; i < result.transmissions.size(); ++i) {
+        news += (news.empty() ? "" : "; ") + Transmission(result.transmissions[i].call);
     }
-    if (result.answerLate) out_ << " answer " << result.answer->first;
-    out_ << "\n";
+    if (result.answer) {
+        news += (news.empty() ? "answer " : "; answer ") + result.answer->first;
+        if (!result.reason.empty()) news += " (" + result.reason + ")";
+    }
+    out_ << "late for " << who << " (" << result.label << " " << result.summary << "): " << news << "\n";
 }
 
 void CPrinter::Summary(std::size_t steps, std::size_t unexpected) {

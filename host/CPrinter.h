@@ -21,8 +21,9 @@ public:
     void ExchangeHeader();
     // One request with its answer, reason and transmissions; `note` says why it is shown (demo).
     void Result(const RequestResult& result, const std::string& note = "");
-    // A request that had no answer in time, once more came of it: what is new, marked late.
-    void Late(const RequestResult& result);
+    // A request that had no answer in time, once more came of it: in JSON the whole result again
+    // with "late":true; for people the transmissions from `firstNew` on and the answer, if any.
+    void Late(const RequestResult& result, std::size_t firstNew);
     void Summary(std::size_t steps, std::size_t unexpected);
     void Devices(const CPlatformSetup& setup, const Request& request = Request());
     // A serve line that could not be used.
@@ -31,7 +32,7 @@ public:
     // "hdevice #1 key 10", "aircon  #5 mode=cool power=on setpoint=24 fan=auto"
     static std::string Transmission(const sim::IrCall& call);
     // {"line"?,"id"?,"command","property","payload","transaction","answer":{...}|null,"outcome",
-    //  "reason"?,"elapsedMs"?,"ir":[...],"note"?}
+    //  "outcome","reason"?,"elapsedUs"?,"ir":[{...,"onAirStartUs","onAirEndUs","late"}],"note"?}
     static std::string ResultJson(const RequestResult& result, const std::string& note = "");
 
 private:
