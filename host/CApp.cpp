@@ -9,7 +9,8 @@ namespace ircontrol::host {
 
 CApp::CApp(Options options, std::istream& in, std::ostream& out, std::ostream& err, bool errIsTerminal)
     : options_(std::move(options)), in_(in), out_(out), err_(err), errIsTerminal_(errIsTerminal),
-      printer_(out, options_.json), session_(options_.timeoutMs) {}
+      // serve speaks JSON lines whatever --json says.
+      printer_(out, options_.json || options_.command == "serve"), session_(options_.timeoutMs) {}
 
 int CApp::fail(const std::string& reason, int status) {
     err_ << "ircontrol-host: " << reason << "\n";
