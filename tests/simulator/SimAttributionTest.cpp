@@ -90,12 +90,15 @@ protected:
 };
 
 TEST_F(SimAttributionTest, EachTransmissionAndLogLineCarriesTheRequestItsWorkerServed) {
-    QueueService service;
-    // The blaster holds the worker, so the second request waits in the queue behind the first.
-    sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(50));
-    const uint64_t first = sim::Host::SendSet("svc", {sim::HostProperty::Int("key", 10)});
-    const uint64_t second = sim::Host::SendSet("svc", {sim::HostProperty::Int("key", 12)});
-    ASSERT_TRUE(sim::Host::WaitResult(second, std::chrono::seconds(10)).has_value());
+    uint64_t first = 0, second = 0;
+    {
+        QueueService service;
+        // The blaster holds the worker, so the second request waits in the queue behind the first.
+        sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(50));
+        first = sim::Host::SendSet("svc", {sim::HostProperty::Int("key", 10)});
+        second = sim::Host::SendSet("svc", {sim::HostProperty::Int("key", 12)});
+        ASSERT_TRUE(sim::Host::WaitResult(second, std::chrono::seconds(10)).has_value());
+    }  // the worker has finished its last line
 
     for (const auto& [transaction, key] : {std::pair<uint64_t, int>{first, 10}, {second, 12}}) {
         const auto calls = sim::IrBlaster::JournalFor(transaction);
