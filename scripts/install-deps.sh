@@ -16,6 +16,7 @@ needed=(
   "clang:cmd:clang++"
   "libclang-rt-dev:glob:/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a"
   "valgrind:cmd:valgrind"
+  "lirc:cmd:irsimreceive"
 )
 
 missing=()
