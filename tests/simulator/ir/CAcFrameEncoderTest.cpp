@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "ir/codeset/CCodesetLibrary.h"
+#include "Mode2File.h"
 #include "ir/codeset/DefaultCodesets.h"
 
 namespace sim::ir {
@@ -13,41 +14,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Reads the bytes of each copy of a frame back from its pulses: header, a mark and a short or
-// long space per bit, a trailer, and the gap between copies.
 std::vector<Bytes> ReadBack(const PulseTrain& train, const FrameTiming& t) {
-    std::vector<Bytes> frames;
-    const auto& d = train.durations;
-    std::size_t i = 0;
-    const std::uint32_t threshold = (t.oneSpace + t.zeroSpace) / 2;
-    while (i < d.size()) {
-        if (t.headerMark != 0) {
-            EXPECT_EQ(d[i], t.headerMark);
-            EXPECT_EQ(d[i + 1], t.headerSpace);
-            i += 2;
-        }
-        Bytes bytes;
-        unsigned bit = 0;
-        std::uint8_t byte = 0;
-        // Every bit is a mark and a space; the trailer is a mark followed by the gap (or the end).
-        while (i + 1 < d.size() && d[i + 1] < t.gap) {
-            EXPECT_EQ(d[i], t.mark);
-            const bool one = d[i + 1] > threshold;
-            const unsigned position = t.msbFirst ? 7 - bit : bit;
-            if (one) byte = static_cast<std::uint8_t>(byte | 1u << position);
-            if (++bit == 8) {
-                bytes.push_back(byte);
-                byte = 0;
-                bit = 0;
-            }
-            i += 2;
-        }
-        EXPECT_EQ(bit, 0u) << "a frame must hold whole bytes";
-        EXPECT_EQ(d[i], t.trailer);
-        i += 2;  // the trailer and the gap after it
-        frames.push_back(bytes);
-    }
-    return frames;
+    return irtest::ReadFrames(train.durations, t);
 }
 
 const Codeset& Shipped(const std::string& name) {
