@@ -10,6 +10,8 @@ const std::vector<std::pair<std::string, std::string>> kGlobal = {
     {"--plugin PATH", "plugin library (default: libircontrol-plugin.so beside this program)"},
     {"--devices FILE", "pairing list JSON {\"dev_info\":[{\"codeset\",\"device_index\",\"type\"}]}"},
     {"--catalogue FILE", "key maps JSON {\"<codeset>\": \"<key map text>\"}"},
+    {"--codesets FILE", "codesets JSON (docs/codesets.md; default: the embedded ones)"},
+    {"--ir-device DEV", "transmit for real: /dev/lircN, or mode2:FILE to write what would be sent"},
     {"--year N", "TV model year reported by the platform (default 23)"},
     {"--mbr-support on|off", "IR service feature flag reported by the platform (default on)"},
     {"--ir-delay MS", "simulated on-air time of each transmission (default 0)"},
@@ -105,6 +107,10 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
             options.devicesFile = value;
         } else if (name == "catalogue") {
             options.catalogueFile = value;
+        } else if (name == "codesets") {
+            options.codesetsFile = value;
+        } else if (name == "ir-device") {
+            options.irDevice = value;
         } else if (name == "year") {
             if (!ParseInt(value, number)) fail("--year needs a whole number, not '" + value + "'");
             options.year = number;

@@ -21,15 +21,6 @@ const char kDefaultPairing[] =
     R"({"codeset":"HRBC0004","device_index":4,"type":"oic.d.robotcleaner"},)"
     R"({"codeset":"ZAC00005","device_index":5,"type":"oic.d.airconditioner"}]})";
 
-// The key maps the IR blaster gives for those codesets; the plugin only logs them.
-const std::vector<std::pair<std::string, std::string>> kDefaultCatalogue = {
-    {"HFAN0001", R"({"power":10,"speed_up":11,"speed_down":12,"swing":13,"timer":14,"mode":76})"},
-    {"HPUR0002", R"({"power":10,"fan_up":11,"fan_down":12,"sleep":13,"timer":14,"mode":76})"},
-    {"HHUM0003", R"({"power":10,"mist_up":11,"mist_down":12,"auto":13,"timer":14,"mode":76})"},
-    {"HRBC0004", R"({"power":10,"home":28,"start":39})"},
-    {"ZAC00005", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"]})"},
-};
-
 bool ReadFile(const std::string& path, std::string& text) {
     std::ifstream in(path);
     if (!in) return false;
@@ -41,7 +32,7 @@ bool ReadFile(const std::string& path, std::string& text) {
 
 }  // namespace
 
-CPlatformSetup::CPlatformSetup() : pairingText_(kDefaultPairing), catalogue_(kDefaultCatalogue) {
+CPlatformSetup::CPlatformSetup() : pairingText_(kDefaultPairing), codesetsText_(sim::IrBlaster::DefaultCodesets()) {
     std::string unused;
     ParsePairing(pairingText_, devices_, unused);
 }
@@ -68,6 +59,18 @@ bool CPlatformSetup::Load(const Options& options, std::string& error) {
             return false;
         }
     }
+    if (!options.codesetsFile.empty()) {
+        if (!ReadFile(options.codesetsFile, codesetsText_)) {
+            error = "cannot read --codesets file " + options.codesetsFile;
+            return false;
+        }
+        // Checked now, so a bad file is refused before anything starts.
+        if (!sim::IrBlaster::SetCodesets(codesetsText_, error)) {
+            error = options.codesetsFile + ": " + error;
+            return false;
+        }
+    }
+    irDevice_ = options.irDevice;
     year_ = options.year.value_or(kDefaultYear);
     mbrSupport_ = options.mbrSupport.value_or(true);
     return true;
@@ -75,10 +78,21 @@ bool CPlatformSetup::Load(const Options& options, std::string& error) {
 
 void CPlatformSetup::Apply() const {
     sim::Settings::SetString(kDevicesKey, pairingText_);
-    for (const auto& [name, keyMap] : sim::IrBlaster::Catalogue()) sim::IrBlaster::RemoveKeyMap(name);
-    for (const auto& [codeset, keyMap] : catalogue_) sim::IrBlaster::SetKeyMap(codeset, keyMap);
+    std::string unused;  // checked by Load(); the embedded codesets are checked by the tests
+    sim::IrBlaster::SetCodesets(codesetsText_, unused);
+    if (!catalogue_.empty()) {
+        for (const auto& [name, keyMap] : sim::IrBlaster::Catalogue()) sim::IrBlaster::RemoveKeyMap(name);
+        for (const auto& [codeset, keyMap] : catalogue_) sim::IrBlaster::SetKeyMap(codeset, keyMap);
+    }
     sim::SystemInfo::SetYear(year_);
     sim::SystemInfo::SetMbrSupport(mbrSupport_);
+}
+
+bool CPlatformSetup::AttachTransmitter(std::string& error) const {
+    if (irDevice_.empty()) return true;
+    if (sim::IrBlaster::SetTransmitter(irDevice_, error)) return true;
+    error = "--ir-device " + irDevice_ + ": " + error;
+    return false;
 }
 
 std::string CPlatformSetup::PairedCodeset(const std::string& type) const {

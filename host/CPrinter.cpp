@@ -1,6 +1,7 @@
 #include "CPrinter.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "CApplianceTypes.h"
 #include "JsonValue.h"
@@ -35,14 +36,25 @@ const char* TypeName(int type) {
 
 std::string CPrinter::Transmission(const sim::IrCall& call) {
     const std::string index = "#" + std::to_string(call.deviceIndex);
+    std::string text;
     switch (call.function) {
-        case sim::IrCall::Function::SendH: return "hdevice " + index + " key " + std::to_string(call.key);
-        case sim::IrCall::Function::SendZ: return "zdevice " + index + " key " + std::to_string(call.key);
+        case sim::IrCall::Function::SendH: text = "hdevice " + index + " key " + std::to_string(call.key); break;
+        case sim::IrCall::Function::SendZ: text = "zdevice " + index + " key " + std::to_string(call.key); break;
         case sim::IrCall::Function::Aircon:
-            return "aircon  " + index + " mode=" + call.mode + " power=" + call.power +
+            text = "aircon  " + index + " mode=" + call.mode + " power=" + call.power +
                    " setpoint=" + call.coolingSetpoint + " fan=" + call.fanSpeed;
+            break;
         default: return sim::ToString(call.function);
     }
+    // With a transmitter attached: what went on air, or why nothing did.
+    if (!call.transmitError.empty()) return text + " (not sent: " + call.transmitError + ")";
+    if (!call.waveform.empty()) {
+        char onAir[64];
+        std::snprintf(onAir, sizeof onAir, " (%zu pulses and spaces, %.1f ms on air)", call.waveform.size(),
+                      static_cast<double>(call.onAir.count()) / 1000.0);
+        text += onAir;
+    }
+    return text;
 }
 
 std::string CPrinter::ExchangeJson(const ircontrol::host::Exchange& exchange, const std::string& note) {
@@ -71,6 +83,14 @@ std::string CPrinter::ExchangeJson(const ircontrol::host::Exchange& exchange, co
             entry["key"] = call.key;
             entry["online"] = call.online;
         }
+        if (!call.waveform.empty()) {
+            entry["onAirUs"] = static_cast<long long>(call.onAir.count());
+            entry["carrier"] = static_cast<long long>(call.carrier);
+            JsonValue& waveform = entry["waveform"];
+            waveform = JsonValue(common::json::kArray);
+            for (const auto d : call.waveform) waveform.append(JsonValue(static_cast<long long>(d)));
+        }
+        if (!call.transmitError.empty()) entry["transmitError"] = call.transmitError;
         ir.append(std::move(entry));
     }
     if (!note.empty()) line["note"] = note;
