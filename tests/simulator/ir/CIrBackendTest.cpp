@@ -169,3 +169,27 @@ TEST(CIrBackendTest, RefusesAnUnusableTransmitterSpec) {
 
 }  // namespace
 }  // namespace sim::ir
+
+namespace sim::ir {
+namespace {
+
+TEST(CIrBackendTest, RawCodesetsSendTheirDurationsAndRepeatWithTheGap) {
+    // One NEC frame (address 0x20, command 0x05) written out as durations.
+    std::string raw = "9000,4500";
+    const std::uint64_t bits = Nec(0x20, 0x05);
+    for (int i = 0; i < 32; ++i) raw += ((bits >> i) & 1u) != 0 ? ",563,1688" : ",563,563";
+    raw += ",563";
+    const auto codesets = CCodesetLibrary::Parse(R"({"codesets":[{"name":"R","protocol":"raw","repeats":1,"keys":{"power":{"code":10,"raw":[)" +
+                                                 raw + "]}}}]}");
+    const std::string file = irtest::TempDir() + "/sent.txt";
+    CIrBackend backend(codesets, CIrBackend::OpenTransmitter("mode2:" + file, *codesets));
+    const auto result = backend.SendKey(R"({"dev_info":[{"codeset":"R","device_index":2}]})", 10, 2);
+    ASSERT_TRUE(result.ok) << result.error;
+    EXPECT_EQ(result.transmission.train.durations.size(), 2 * 67u + 1);
+    const irtest::Decoded decoded = irtest::IrsimReceive(Remote("raw", kNec, {{"power", bits}}), file);
+    ASSERT_TRUE(decoded.ran) << decoded.error;
+    EXPECT_EQ(decoded.keys, (std::vector<std::string>{"power", "power"})) << decoded.output;
+}
+
+}  // namespace
+}  // namespace sim::ir
