@@ -150,7 +150,8 @@ TEST(CLircTransmitterTest, LetsTheKernelEncodeOnlySingleFrameScancodes) {
         bool deviceTakesScancodes;
         bool kernel;
     } cases[] = {
-        {Protocol::Nec, true, true}, {Protocol::Rc6Mode0, true, true},
+        {Protocol::Nec, true, true}, {Protocol::Jvc, true, true},
+        {Protocol::Rc6Mode0, true, false},  // the toggle bit flips on every press
         {Protocol::Sony12, true, false},  // three frames per press
         {Protocol::Sharp, true, false},   // two frames per press
         {Protocol::Nec, false, false},
@@ -171,7 +172,7 @@ TEST(CLircTransmitterTest, LetsTheKernelEncodeOnlySingleFrameScancodes) {
             lirc_scancode sent{};
             std::memcpy(&sent, device->lastWrite.data(), sizeof sent);
             EXPECT_EQ(sent.scancode, 0x0408u);
-            EXPECT_EQ(sent.rc_proto, c.protocol == Protocol::Nec ? RC_PROTO_NEC : RC_PROTO_RC6_0);
+            EXPECT_EQ(sent.rc_proto, c.protocol == Protocol::Nec ? RC_PROTO_NEC : RC_PROTO_JVC);
             EXPECT_EQ(device->calls.at(1), "SET_SEND_MODE 8");
         } else {
             EXPECT_EQ(device->lastWrite.size(), 12u);
