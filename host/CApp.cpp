@@ -36,6 +36,7 @@ int CApp::run() {
     std::string error;
     if (!setup_.Load(options_, error)) return fail(error, 1);
     setup_.Apply();
+    if (!setup_.AttachTransmitter(error)) return fail(error, 1);
     sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(options_.irDelayMs));
     // Listing the pairing needs no plugin.
     if (options_.command == "devices") return devices();

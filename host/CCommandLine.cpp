@@ -90,6 +90,10 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
          File(&Options::devicesFile, "devices")},
         {"catalogue", "FILE", "key maps the IR library reports, JSON {\"<codeset>\": <key map>}",
          File(&Options::catalogueFile, "catalogue")},
+        {"codesets", "FILE", "what each codeset sends, JSON (docs/codesets.md; default: the embedded ones)",
+         File(&Options::codesetsFile, "codesets")},
+        {"ir-device", "DEV", "transmit for real: /dev/lircN, or mode2:FILE to write what would be sent",
+         File(&Options::irDevice, "ir-device")},
         {"year", "N",
          "TV model year the platform reports (default 23); the plugin only logs it when it starts",
          [](Options& o, const std::string& v) -> std::string {

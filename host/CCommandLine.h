@@ -18,6 +18,8 @@ struct Options {
     std::string plugin;                        // empty: the library beside the executable
     std::string devicesFile;
     std::string catalogueFile;
+    std::string codesetsFile;                  // empty: the embedded codesets
+    std::string irDevice;                      // empty: journal only; "mode2:FILE" or "/dev/lircN"
     std::optional<int> year;
     std::optional<bool> mbrSupport;
     bool verbose = false;

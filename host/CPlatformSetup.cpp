@@ -23,15 +23,6 @@ const char kDefaultPairing[] =
     R"({"codeset":"HRBC0004","device_index":4,"type":"oic.d.robotcleaner"},)"
     R"({"codeset":"ZAC00005","device_index":5,"type":"oic.d.airconditioner"}]})";
 
-// The key maps the IR blaster gives for those codesets; the plugin only logs them.
-const std::vector<std::pair<std::string, std::string>> kDefaultCatalogue = {
-    {"HFAN0001", R"({"power":10,"speed_up":11,"speed_down":12,"swing":13,"timer":14,"mode":76})"},
-    {"HPUR0002", R"({"power":10,"fan_up":11,"fan_down":12,"sleep":13,"timer":14,"mode":76})"},
-    {"HHUM0003", R"({"power":10,"mist_up":11,"mist_down":12,"auto":13,"timer":14,"mode":76})"},
-    {"HRBC0004", R"({"power":10,"home":28,"start":39})"},
-    {"ZAC00005", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"]})"},
-};
-
 // False with the reason after "cannot read --devices file X": a directory opens as a stream on
 // Linux and reads as empty, which would otherwise be reported as "not valid JSON".
 bool ReadFile(const std::string& path, std::string& text, std::string& why) {
@@ -57,9 +48,10 @@ bool ReadFile(const std::string& path, std::string& text, std::string& why) {
 
 }  // namespace
 
-CPlatformSetup::CPlatformSetup() : pairingText_(kDefaultPairing), catalogue_(kDefaultCatalogue) {
-    std::string unused;
+CPlatformSetup::CPlatformSetup() : pairingText_(kDefaultPairing), codesetsText_(sim::IrBlaster::DefaultCodesets()) {
+    std::string unused;  // the embedded texts are checked by the tests
     ParsePairing(pairingText_, devices_, unused);
+    sim::IrBlaster::CodesetKeyMaps(codesetsText_, catalogue_, unused);
     index();
 }
 
@@ -98,8 +90,24 @@ bool CPlatformSetup::Load(const Options& options, std::string& error) {
             error = options.catalogueFile + ": " + error;
             return false;
         }
-        index();
+        catalogueGiven_ = true;
     }
+    if (!options.codesetsFile.empty()) {
+        std::string why;
+        if (!ReadFile(options.codesetsFile, codesetsText_, why)) {
+            error = "cannot read --codesets file " + options.codesetsFile + why;
+            return false;
+        }
+        // Checked now, so a bad file is refused before anything starts.
+        std::vector<std::pair<std::string, std::string>> keyMaps;
+        if (!sim::IrBlaster::CodesetKeyMaps(codesetsText_, keyMaps, error)) {
+            error = options.codesetsFile + ": " + error;
+            return false;
+        }
+        if (!catalogueGiven_) catalogue_ = std::move(keyMaps);
+    }
+    index();
+    irDevice_ = options.irDevice;
     year_ = options.year.value_or(kDefaultYear);
     mbrSupport_ = options.mbrSupport.value_or(true);
     return true;
@@ -107,10 +115,20 @@ bool CPlatformSetup::Load(const Options& options, std::string& error) {
 
 void CPlatformSetup::Apply() const {
     sim::Settings::SetString(kDevicesKey, pairingText_);
+    std::string unused;  // checked by Load(); the embedded codesets are checked by the tests
+    sim::IrBlaster::SetCodesets(codesetsText_, unused);
+    // The codesets' key maps, or those of --catalogue, which replaces them.
     for (const auto& [name, keyMap] : sim::IrBlaster::Catalogue()) sim::IrBlaster::RemoveKeyMap(name);
     for (const auto& [codeset, keyMap] : catalogue_) sim::IrBlaster::SetKeyMap(codeset, keyMap);
     sim::SystemInfo::SetYear(year_);
     sim::SystemInfo::SetMbrSupport(mbrSupport_);
+}
+
+bool CPlatformSetup::AttachTransmitter(std::string& error) const {
+    if (irDevice_.empty()) return true;
+    if (sim::IrBlaster::SetTransmitter(irDevice_, error)) return true;
+    error = "--ir-device " + irDevice_ + ": " + error;
+    return false;
 }
 
 std::string CPlatformSetup::PairedCodeset(const std::string& type) const {

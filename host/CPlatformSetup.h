@@ -1,5 +1,5 @@
 // What the simulated platform holds before the plugin starts: the pairing list in the settings
-// store, the IR blaster's codeset catalogue (key maps), the model year and the IR service feature
+// store, the IR blaster's codesets (and so its key maps), the model year and the IR service feature
 // flag. Starts from embedded defaults (one paired appliance of each kind); Load() replaces them
 // from the files and values given on the command line. Apply() writes it all into the simulator.
 #pragma once
@@ -26,6 +26,8 @@ public:
     // false with a one-line reason when a file cannot be read or is not the expected JSON.
     bool Load(const Options& options, std::string& error);
     void Apply() const;
+    // Attaches the --ir-device transmitter (after Apply); false with a reason it cannot be used.
+    bool AttachTransmitter(std::string& error) const;
 
     const std::string& PairingText() const { return pairingText_; }
     const std::vector<PairedDevice>& Devices() const { return devices_; }
@@ -48,9 +50,13 @@ public:
 private:
     std::string pairingText_;
     std::vector<PairedDevice> devices_;
+    // The key maps the IR library reports: the codesets', or --catalogue's, which replaces them.
     std::vector<std::pair<std::string, std::string>> catalogue_;
     std::unordered_map<std::string, std::size_t> catalogueIndex_;  // codeset -> catalogue_ position
     void index();
+    bool catalogueGiven_ = false;
+    std::string codesetsText_;
+    std::string irDevice_;
     int year_ = kDefaultYear;
     bool mbrSupport_ = true;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 
 #include "CApplianceTypes.h"
 #include "JsonValue.h"
@@ -59,7 +60,16 @@ JsonValue TransmissionJson(const Transmission& t, std::chrono::steady_clock::tim
     // On-air start and end, in microseconds from the set callback.
     entry["onAirStartUs"] = Microseconds(call.time - sent);
     entry["onAirEndUs"] = Microseconds(call.onAirEnd - sent);
+    entry["onAirUs"] = Microseconds(call.onAirEnd - call.time);
     entry["late"] = t.late;
+    // With a transmitter attached: the carrier and the waveform that went on air, or why not.
+    if (!call.waveform.empty()) {
+        entry["carrier"] = static_cast<long long>(call.carrier);
+        JsonValue& waveform = entry["waveform"];
+        waveform = JsonValue(common::json::kArray);
+        for (const auto d : call.waveform) waveform.append(JsonValue(static_cast<long long>(d)));
+    }
+    if (!call.transmitError.empty()) entry["transmitError"] = call.transmitError;
     return entry;
 }
 
@@ -67,14 +77,25 @@ JsonValue TransmissionJson(const Transmission& t, std::chrono::steady_clock::tim
 
 std::string CPrinter::Transmission(const sim::IrCall& call) {
     const std::string index = "#" + std::to_string(call.deviceIndex);
+    std::string text;
     switch (call.function) {
-        case sim::IrCall::Function::SendH: return "hdevice " + index + " key " + std::to_string(call.key);
-        case sim::IrCall::Function::SendZ: return "zdevice " + index + " key " + std::to_string(call.key);
+        case sim::IrCall::Function::SendH: text = "hdevice " + index + " key " + std::to_string(call.key); break;
+        case sim::IrCall::Function::SendZ: text = "zdevice " + index + " key " + std::to_string(call.key); break;
         case sim::IrCall::Function::Aircon:
-            return "aircon  " + index + " mode=" + call.mode + " power=" + call.power +
+            text = "aircon  " + index + " mode=" + call.mode + " power=" + call.power +
                    " setpoint=" + call.coolingSetpoint + " fan=" + call.fanSpeed;
+            break;
         default: return sim::ToString(call.function);
     }
+    // With a transmitter attached: what went on air, or why nothing did.
+    if (!call.transmitError.empty()) return text + " (not sent: " + call.transmitError + ")";
+    if (!call.waveform.empty()) {
+        char onAir[64];
+        std::snprintf(onAir, sizeof onAir, " (%zu pulses and spaces, %.1f ms on air)", call.waveform.size(),
+                      static_cast<double>(call.onAir.count()) / 1000.0);
+        text += onAir;
+    }
+    return text;
 }
 
 std::string CPrinter::ResultJson(const RequestResult& result, const std::string& note) {

@@ -16,6 +16,7 @@ needed=(
   "clang:cmd:clang++"
   "libclang-rt-dev:glob:/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a"
   "valgrind:cmd:valgrind"
+  "lirc:cmd:irsimreceive"
 )
 # `install-deps.sh arm`: also the cross compiler and the emulator of the 32-bit ARM build.
 if [ "${1:-}" = arm ]; then

@@ -6,10 +6,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 
 #include "SimInternal.h"
+#include "ir/CIrBackend.h"
+#include "ir/codeset/DefaultCodesets.h"
 #include "sim/Simulator.h"
 
 namespace sim {
@@ -35,6 +38,8 @@ struct IrState {
     int airconResult = 0;
     std::chrono::microseconds delay{0};
     std::map<std::string, std::string> catalogue = DefaultCatalogue();
+    std::shared_ptr<const ir::CCodesetLibrary> codesets;    // null until SetCodesets
+    std::shared_ptr<ir::CIrBackend> backend;               // null: journal only
 };
 
 IrState& State() {
@@ -52,18 +57,37 @@ void Record(IrCall call) {
     std::chrono::microseconds delay{0};
     {
         std::lock_guard<std::mutex> lock(s.mutex);
-        call.time = std::chrono::steady_clock::now();
+        // A transmitter stamps the start itself, before it goes on air.
+        if (call.time == std::chrono::steady_clock::time_point{}) call.time = std::chrono::steady_clock::now();
         call.transaction = internal::ServingTransaction();
         if (IsTransmission(call.function)) {
             ++s.transmissions;
             delay = s.delay;
         }
-        call.onAirEnd = call.time + delay;
+        call.onAirEnd = call.time + (call.onAir.count() > 0 ? call.onAir : delay);
         if (s.journalEnabled) s.journal.push_back(std::move(call));
     }
     s.changed.notify_all();
     if (delay.count() > 0) std::this_thread::sleep_for(delay);
 }
+
+constexpr char kPairingKey[] = "db/tavrell/irplugin/devices";
+
+std::shared_ptr<ir::CIrBackend> Backend() {
+    std::lock_guard<std::mutex> lock(State().mutex);
+    return State().backend;
+}
+
+// Copies what the transmitter was given into the journal entry; true when it was sent.
+bool Fill(IrCall& call, const ir::CIrBackend::Result& result) {
+    call.waveform = result.transmission.train.durations;
+    call.carrier = result.transmission.train.carrier;
+    call.onAir = result.onAir;
+    call.transmitError = result.error;
+    return result.ok;
+}
+
+std::string Pairing() { return Settings::GetString(kPairingKey).value_or(std::string()); }
 
 char* KeyMap(IrCall::Function function, const char* codeset, bool online) {
     IrCall call{};
@@ -161,6 +185,71 @@ void IrBlaster::Reset() {
     s.airconResult = 0;
     s.delay = std::chrono::microseconds(0);
     s.catalogue = DefaultCatalogue();
+    s.codesets.reset();
+    s.backend.reset();
+}
+
+namespace {
+std::shared_ptr<const ir::CCodesetLibrary> ParseCodesets(const std::string& text, std::string& error) {
+    try {
+        return ir::CCodesetLibrary::Parse(text);
+    } catch (const std::exception& e) {
+        error = e.what();
+        return nullptr;
+    }
+}
+}  // namespace
+
+bool IrBlaster::CodesetKeyMaps(const std::string& text, std::vector<std::pair<std::string, std::string>>& out,
+                               std::string& error) {
+    const auto codesets = ParseCodesets(text, error);
+    if (!codesets) return false;
+    out.clear();
+    for (const auto& codeset : codesets->Codesets()) {
+        out.emplace_back(codeset.name, ir::CCodesetLibrary::KeyMapText(codeset));
+    }
+    return true;
+}
+
+bool IrBlaster::SetCodesets(const std::string& text, std::string& error) {
+    const auto codesets = ParseCodesets(text, error);
+    if (!codesets) return false;
+    std::lock_guard<std::mutex> lock(State().mutex);
+    State().codesets = codesets;
+    State().catalogue.clear();
+    for (const auto& codeset : codesets->Codesets()) {
+        State().catalogue[codeset.name] = ir::CCodesetLibrary::KeyMapText(codeset);
+    }
+    return true;
+}
+
+std::string IrBlaster::DefaultCodesets() { return ir::DefaultCodesetsText(); }
+
+bool IrBlaster::SetTransmitter(const std::string& spec, std::string& error) {
+    if (spec.empty()) {
+        std::lock_guard<std::mutex> lock(State().mutex);
+        State().backend.reset();
+        return true;
+    }
+    std::shared_ptr<const ir::CCodesetLibrary> codesets;
+    {
+        std::lock_guard<std::mutex> lock(State().mutex);
+        codesets = State().codesets;
+    }
+    if (!codesets && !SetCodesets(DefaultCodesets(), error)) return false;
+    {
+        std::lock_guard<std::mutex> lock(State().mutex);
+        codesets = State().codesets;
+    }
+    try {
+        auto backend = std::make_shared<ir::CIrBackend>(codesets, ir::CIrBackend::OpenTransmitter(spec, *codesets));
+        std::lock_guard<std::mutex> lock(State().mutex);
+        State().backend = std::move(backend);
+    } catch (const std::exception& e) {
+        error = e.what();
+        return false;
+    }
+    return true;
 }
 
 void internal::ResetIrBlaster() { IrBlaster::Reset(); }
@@ -180,6 +269,10 @@ bool SendKey(IrCall::Function function, int key, int deviceIndex, bool online) {
     {
         std::lock_guard<std::mutex> lock(sim::State().mutex);
         result = sim::State().sendResult;
+    }
+    if (const auto backend = sim::Backend()) {
+        call.time = std::chrono::steady_clock::now();
+        result = sim::Fill(call, backend->SendKey(sim::Pairing(), key, deviceIndex));
     }
     sim::Record(call);
     return result;
@@ -209,6 +302,11 @@ extern "C" int irkt_irbl_set_aircon_states_and_send_command(int device_index, co
     {
         std::lock_guard<std::mutex> lock(sim::State().mutex);
         result = sim::State().airconResult;
+    }
+    if (const auto backend = sim::Backend()) {
+        const sim::ir::AcState state{call.power, call.mode, call.coolingSetpoint, call.fanSpeed};
+        call.time = std::chrono::steady_clock::now();
+        result = sim::Fill(call, backend->SendAircon(sim::Pairing(), device_index, state)) ? 0 : -1;
     }
     sim::Record(call);
     return result;

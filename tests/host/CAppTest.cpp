@@ -274,3 +274,88 @@ TEST(CAppTest, VerboseShowsThePluginsOwnLogLines) {
 
 }  // namespace
 }  // namespace ircontrol::host
+
+namespace ircontrol::host {
+namespace {
+
+std::string Scratch(const std::string& name) { return std::string(IRC_BINARY_DIR) + "/test_host_" + name; }
+
+std::size_t Transmissions(const std::string& mode2File) {
+    std::size_t count = 0;
+    std::istringstream lines(ReadFile(mode2File));
+    std::string line;
+    while (std::getline(lines, line)) count += line.rfind("# transmission ", 0) == 0 ? 1 : 0;
+    return count;
+}
+
+TEST(CAppTest, IrDeviceCarriesEveryCommandToTheTransmitter) {
+    const std::string file = Scratch("ir.mode2");
+    struct Case {
+        std::vector<std::string> args;
+        std::string input;
+        std::size_t sent;
+    } cases[] = {
+        {{"key", "--type", "fan", "--key", "11"}, "", 1},
+        {{"ac", "--power", "ON", "--mode", "HEAT", "--setpoint", "22", "--fan", "LOW"}, "", 1},
+        {{"serve"}, "{\"command\":\"key\",\"type\":\"cleaner\",\"key\":39}\n{\"command\":\"key\",\"type\":\"humidifier\",\"key\":76}\n", 2},
+        {{"demo"}, "", 5},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args[0]);
+        std::vector<std::string> args = {"--json", "--ir-device", "mode2:" + file};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const Outcome run = RunApp(args, c.input);
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(Transmissions(file), c.sent);
+        // What went on air is reported with the answer.
+        std::istringstream lines(run.out);
+        std::string line;
+        std::size_t reported = 0;
+        while (std::getline(lines, line)) {
+            const JsonValue answer = JsonValue::Create(line);
+            if (answer["ir"].size() == 0) continue;
+            ++reported;
+            EXPECT_GT(answer["ir"][0u]["waveform"].size(), 10u) << line;
+            EXPECT_GT(answer["ir"][0u]["onAirUs"].asInt(), 10000) << line;
+        }
+        EXPECT_EQ(reported, c.sent);
+    }
+}
+
+TEST(CAppTest, UnusableTransmitterOrCodesetsStopAtStartWithTheReason) {
+    const std::string badCodesets = Scratch("bad_codesets.json");
+    std::ofstream(badCodesets) << R"({"codesets":[{"name":"X","protocol":"nec","keys":{"power":{"code":10}}}]})";
+    struct Case {
+        std::vector<std::string> args;
+        std::string says;
+    } cases[] = {
+        {{"--ir-device", "/nonexistent/lirc7"}, "--ir-device /nonexistent/lirc7: cannot open /nonexistent/lirc7: no such device"},
+        {{"--ir-device", "/dev/null"}, "/dev/null is not a lirc device"},
+        {{"--ir-device", "mode2:/nonexistent/dir/x"}, "cannot write /nonexistent/dir/x"},
+        {{"--codesets", "/nonexistent/codesets.json"}, "cannot read --codesets file /nonexistent/codesets.json"},
+        {{"--codesets", badCodesets}, badCodesets + ": codesets[0].keys.power.scancode: must be a number"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.says);
+        std::vector<std::string> args = c.args;
+        args.insert(args.end(), {"key", "--type", "fan", "--key", "10"});
+        const Outcome run = RunApp(args);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_NE(run.err.find(c.says), std::string::npos) << run.err;
+        EXPECT_EQ(run.out, "");
+    }
+}
+
+TEST(CAppTest, KeyMapsComeFromTheCodesetsFile) {
+    const std::string codesets = Scratch("codesets.json");
+    std::ofstream(codesets) << R"({"codesets":[{"name":"HFAN0001","protocol":"nec",)"
+                               R"("keys":{"on_off":{"code":10,"scancode":"0x0101"},"oscillate":{"code":13,"scancode":"0x0102"}}}]})";
+    const Outcome run = RunApp({"--codesets", codesets, "devices"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find(R"({"on_off":10,"oscillate":13})"), std::string::npos) << run.out;
+    // A codeset the file does not define has no key map.
+    EXPECT_EQ(run.out.find("HPUR0002    #2     {"), std::string::npos) << run.out;
+}
+
+}  // namespace
+}  // namespace ircontrol::host

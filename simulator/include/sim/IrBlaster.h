@@ -23,8 +23,16 @@ struct IrCall {
     std::string mode, power, coolingSetpoint, fanSpeed;
     std::chrono::steady_clock::time_point time;
     uint64_t transaction = 0;    // the request the calling thread served (Host::ServingTransaction)
-    // Transmissions: when the simulated on-air time ends (time + the transmit delay).
+    // Transmissions: when the on-air time ends (time + the transmitter's measured on-air time
+    // when one is attached, else + the simulated transmit delay).
     std::chrono::steady_clock::time_point onAirEnd{};
+    // With a transmitter attached (SetTransmitter), what the call put on air: the waveform
+    // (pulse, space, ..., pulse in microseconds) at `carrier` Hz, the measured on-air time, and
+    // why the call failed ("" when it did not).
+    std::vector<std::uint32_t> waveform;
+    std::uint32_t carrier = 0;
+    std::chrono::microseconds onAir{0};
+    std::string transmitError;
 };
 
 const char* ToString(IrCall::Function function);   // "send_command_hdevice", ...
@@ -44,7 +52,19 @@ public:
     static void SetKeyMap(const std::string& codeset, const std::string& keyMap);
     static void RemoveKeyMap(const std::string& codeset);
     static std::vector<std::pair<std::string, std::string>> Catalogue();  // sorted by codeset
-    static void Reset();                           // default catalogue, results, no delay
+    // Codesets (JSON, docs/codesets.md): the catalogue becomes their key maps. false with a
+    // reason, and nothing changed, when the text is not a usable codesets file.
+    static bool SetCodesets(const std::string& text, std::string& error);
+    static std::string DefaultCodesets();          // the embedded codesets the tools start from
+    // The key maps a codesets text gives (codeset, key map), without installing it; false with
+    // the same reason SetCodesets would give.
+    static bool CodesetKeyMaps(const std::string& text, std::vector<std::pair<std::string, std::string>>& out,
+                               std::string& error);
+    // Sends every transmission, encoded from the codesets (the defaults if none were set), to
+    // "mode2:FILE" (a dry run) or a Linux IR transmitter "/dev/lircN"; "" detaches. Results and
+    // on-air time then come from the transmitter. false with a reason when it cannot be used.
+    static bool SetTransmitter(const std::string& spec, std::string& error);
+    static void Reset();                           // default catalogue, results, no delay, no transmitter
 };
 
 }  // namespace sim
