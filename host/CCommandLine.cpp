@@ -271,8 +271,8 @@ std::string CCommandLine::Usage() {
         out << "  " << Pad("--" + g.name + (g.placeholder.empty() ? "" : " " + g.placeholder), 22) << g.help << "\n";
     }
     out << "\n'ircontrol-host <command> --help' describes a command's own options.\n"
-        << "Exit status: 0 when every request was answered ok, 1 a refused or missing answer or an\n"
-        << "unusable input, 2 a mistake on the command line.\n";
+        << "Exit status: 0 when every request was answered ok in time, 1 a refused, unanswered or late\n"
+        << "request or an unusable input, 2 a mistake on the command line (a path to no file included).\n";
     return out.str();
 }
 

@@ -93,7 +93,7 @@ TEST(CAppTest, UserMistakesGetAClearMessage) {
     };
     for (const auto& [args, message] : cases) {
         const Outcome run = RunApp(args);
-        EXPECT_NE(run.status, 0);
+        EXPECT_EQ(run.status, 2) << message;
         EXPECT_EQ(run.err, "ircontrol-host: " + message + "\n");
     }
     Options options = CCommandLine::Parse({"--plugin", "/no/plugin.so", "demo"});
