@@ -119,12 +119,13 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
              o.verbose = true;
              return "";
          }},
-        {"log-level", "LEVEL", "with --verbose: debug (every line, the default), info, or error",
+        {"log-level", "LEVEL", "--verbose with only lines at or above debug (all), info or error",
          [](Options& o, const std::string& v) -> std::string {
              const std::vector<std::pair<std::string, int>> levels = {{"debug", 0}, {"info", 4}, {"error", 6}};
              for (const auto& [name, priority] : levels) {
                  if (v == name) {
                      o.logLevel = priority;
+                     o.verbose = true;
                      return "";
                  }
              }
