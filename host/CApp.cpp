@@ -34,7 +34,10 @@ int CApp::run() {
     sim::ResetAll();
     if (options_.verbose) echo_ = std::make_unique<CLogEcho>(err_, errIsTerminal_, options_.logLevel);
     std::string error;
-    if (!setup_.Load(options_, error)) return fail(error, 1);
+    bool badPath = false;
+    // A path that names no readable file is a mistake on the command line; a file that is not
+    // the expected JSON is an unusable input.
+    if (!setup_.Load(options_, error, &badPath)) return fail(error, badPath ? 2 : 1);
     setup_.Apply();
     if (!setup_.AttachTransmitter(error)) return fail(error, 1);
     sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(options_.irDelayMs));

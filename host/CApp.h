@@ -1,7 +1,8 @@
 // One run of ircontrol-host: prepares the simulated platform, loads and starts the plugin, runs
 // the subcommand, stops and unloads the plugin. Run() returns the exit status: 0 when every
 // request was usable and answered ok in time (devices: the lists were usable), 1 a refused,
-// unanswered or late request or an unusable input, 2 a mistake in a single command's values.
+// unanswered or late request or an unusable input, 2 a mistake in a single command's values or a
+// --devices/--catalogue path that names no readable file.
 // It reports every failure as one line on `err` and throws nothing. One CApp per plugin lifecycle.
 #pragma once
 

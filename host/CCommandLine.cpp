@@ -123,12 +123,13 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
              o.verbose = true;
              return "";
          }},
-        {"log-level", "LEVEL", "with --verbose: debug (every line, the default), info, or error",
+        {"log-level", "LEVEL", "--verbose with only lines at or above debug (all), info or error",
          [](Options& o, const std::string& v) -> std::string {
              const std::vector<std::pair<std::string, int>> levels = {{"debug", 0}, {"info", 4}, {"error", 6}};
              for (const auto& [name, priority] : levels) {
                  if (v == name) {
                      o.logLevel = priority;
+                     o.verbose = true;
                      return "";
                  }
              }
@@ -275,8 +276,8 @@ std::string CCommandLine::Usage() {
         out << "  " << Pad("--" + g.name + (g.placeholder.empty() ? "" : " " + g.placeholder), 22) << g.help << "\n";
     }
     out << "\n'ircontrol-host <command> --help' describes a command's own options.\n"
-        << "Exit status: 0 when every request was answered ok, 1 a refused or missing answer or an\n"
-        << "unusable input, 2 a mistake on the command line.\n";
+        << "Exit status: 0 when every request was answered ok in time, 1 a refused, unanswered or late\n"
+        << "request or an unusable input, 2 a mistake on the command line (a path to no file included).\n";
     return out.str();
 }
 

@@ -67,11 +67,13 @@ const std::string* CPlatformSetup::KeyMap(const std::string& codeset) const {
     return found == catalogueIndex_.end() ? nullptr : &catalogue_[found->second].second;
 }
 
-bool CPlatformSetup::Load(const Options& options, std::string& error) {
+bool CPlatformSetup::Load(const Options& options, std::string& error, bool* badPath) {
+    if (badPath != nullptr) *badPath = false;
     if (!options.devicesFile.empty()) {
         std::string why;
         if (!ReadFile(options.devicesFile, pairingText_, why)) {
             error = "cannot read --devices file " + options.devicesFile + why;
+            if (badPath != nullptr) *badPath = true;
             return false;
         }
         if (!ParsePairing(pairingText_, devices_, error)) {
@@ -84,6 +86,7 @@ bool CPlatformSetup::Load(const Options& options, std::string& error) {
         std::string why;
         if (!ReadFile(options.catalogueFile, text, why)) {
             error = "cannot read --catalogue file " + options.catalogueFile + why;
+            if (badPath != nullptr) *badPath = true;
             return false;
         }
         if (!ParseCatalogue(text, catalogue_, error)) {

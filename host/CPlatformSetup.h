@@ -23,8 +23,9 @@ class CPlatformSetup {
 public:
     CPlatformSetup();
 
-    // false with a one-line reason when a file cannot be read or is not the expected JSON.
-    bool Load(const Options& options, std::string& error);
+    // false with a one-line reason when a file cannot be read or is not the expected JSON;
+    // `badPath` (if given) tells the first kind (no such file, a directory) from the second.
+    bool Load(const Options& options, std::string& error, bool* badPath = nullptr);
     void Apply() const;
     // Attaches the --ir-device transmitter (after Apply); false with a reason it cannot be used.
     bool AttachTransmitter(std::string& error) const;

@@ -121,13 +121,13 @@ RequestResult CSession::Send(const Request& request) {
 }
 
 bool CSession::collect(RequestResult& result, bool late) const {
+    // The journal only grows, in order: what lies beyond the transmissions already taken is new.
+    std::vector<sim::IrCall> calls = sim::IrBlaster::JournalFor(result.transaction);
+    calls.erase(std::remove_if(calls.begin(), calls.end(), [](const sim::IrCall& c) { return !IsTransmission(c); }),
+                calls.end());
     bool added = false;
-    for (const auto& call : sim::IrBlaster::JournalFor(result.transaction)) {
-        if (!IsTransmission(call)) continue;
-        const bool known = std::any_of(result.transmissions.begin(), result.transmissions.end(),
-                                       [&](const Transmission& t) { return t.call.time == call.time; });
-        if (known) continue;
-        result.transmissions.push_back({call, late});
+    for (std::size_t i = result.transmissions.size(); i < calls.size(); ++i) {
+        result.transmissions.push_back({calls[i], late});
         added = true;
     }
     const auto lines = sim::Log::LinesFor(result.transaction);
