@@ -99,6 +99,7 @@ bool CPlatformSetup::Load(const Options& options, std::string& error, bool* badP
         std::string why;
         if (!ReadFile(options.codesetsFile, codesetsText_, why)) {
             error = "cannot read --codesets file " + options.codesetsFile + why;
+            if (badPath != nullptr) *badPath = true;
             return false;
         }
         // Checked now, so a bad file is refused before anything starts.

@@ -41,6 +41,7 @@ TEST(ReadmeExamplesTest, EveryHostToolExampleIsAnsweredOk) {
         const std::string tool = "build/bin/ircontrol-host ";
         const std::size_t at = line.find(tool);
         if (line.rfind("    ", 0) != 0 || at == std::string::npos) continue;
+        if (line.find("/dev/lirc") != std::string::npos) continue;  // needs a real transmitter
         std::string input;
         if (line.rfind("    echo ", 0) == 0) {
             const std::vector<std::string> echo = Words(line.substr(4, line.find(" | ") - 4));
