@@ -33,6 +33,7 @@ private:
     int demo();
     int devices();
     int serve();
+    int web();
     int single();
     // Builds and sends a key, ac or set request from its named values; false with a reason.
     bool request(const std::string& command, const Values& values, Exchange& out, std::string& error);

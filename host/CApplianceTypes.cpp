@@ -28,4 +28,19 @@ std::string CApplianceTypes::ShortName(const std::string& type) {
     return type;
 }
 
+std::vector<int> CApplianceTypes::AllowedKeys(const std::string& type) {
+    if (type == "oic.d.robotcleaner") return {10, 28, 39};
+    if (type == "oic.d.fan" || type == "oic.d.airpurifier" || type == "x.com.zq.d.humidifier") {
+        return {10, 11, 12, 13, 14, 76};
+    }
+    return {};
+}
+
+std::vector<std::string> CApplianceTypes::AcWords(const std::string& field) {
+    if (field == "power") return {"ON", "OFF"};
+    if (field == "mode") return {"AUTO", "COLD", "DEHUMI", "VENT", "HEAT"};
+    if (field == "fan") return {"LOW", "MEDIUM", "HIGH", "AUTO"};
+    return {};
+}
+
 }  // namespace ircontrol::host

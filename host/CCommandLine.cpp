@@ -52,6 +52,8 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
           {"kind", "json, string, int or bool (default json)"}}},
         {"devices", "list the paired appliances and their key maps", {}},
         {"serve", "read requests as JSON lines on stdin, write one JSON line per answer", {}},
+        {"web", "serve a web remote: the page, a JSON API and a live event stream (Ctrl-C stops)",
+         {{"listen", "ADDRESS:PORT to serve on (default 127.0.0.1:8088; port 0 picks a free one)"}}},
     };
     return commands;
 }

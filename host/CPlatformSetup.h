@@ -25,6 +25,9 @@ public:
     // false with a one-line reason when a file cannot be read or is not the expected JSON.
     bool Load(const Options& options, std::string& error);
     void Apply() const;
+    // Replaces the pairing list with `text` and writes it to the settings store; false with a
+    // one-line reason (the list unchanged) when it is not a usable pairing list.
+    bool SetPairing(const std::string& text, std::string& error);
 
     const std::string& PairingText() const { return pairingText_; }
     const std::vector<PairedDevice>& Devices() const { return devices_; }

@@ -84,8 +84,12 @@ bool CSession::Set(const std::string& name, const std::string& kind, const std::
 }
 
 Exchange CSession::send(Exchange exchange, const sim::HostProperty& property, int waitMs) {
+    return SendList(std::move(exchange), {property}, waitMs);
+}
+
+Exchange CSession::SendList(Exchange exchange, const std::vector<sim::HostProperty>& properties, int waitMs) {
     sim::IrBlaster::ClearJournal();
-    exchange.transaction = sim::Host::SendSet("ircontrol", {property});
+    exchange.transaction = sim::Host::SendSet("ircontrol", properties);
     const int wait = waitMs >= 0 ? waitMs : timeoutMs_;
     if (auto result = sim::Host::WaitResult(exchange.transaction, std::chrono::milliseconds(wait))) {
         std::string code, description;

@@ -41,6 +41,9 @@ public:
     bool Set(const std::string& name, const std::string& kind, const std::string& value,
              Exchange& out, std::string& error, int waitMs = -1);
 
+    // Several properties in one request, as a host may send them; the exchange describes them.
+    Exchange SendList(Exchange exchange, const std::vector<sim::HostProperty>& properties, int waitMs = -1);
+
     static std::string KeyPayload(const std::string& type, const std::string& codeset, int key);
     static std::string AcPayload(const std::string& codeset, const AcState& state);
 

@@ -1,0 +1,68 @@
+// The live event stream (Server-Sent Events): every browser attached to GET /api/events gets
+// each published event, newest history first replayed on attach. Publish() is thread-safe and
+// hands the text to the main loop; Attach(), CloseAll() and the destructor run on that loop's
+// thread. The number of streams and the bytes a slow reader may owe are bounded.
+#pragma once
+
+#include <libsoup/soup.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "GlibHandles.h"
+
+namespace ircontrol::host {
+
+class CEventHub {
+public:
+    CEventHub(GMainContext* context, std::size_t maxStreams, std::size_t history);
+    ~CEventHub();
+    CEventHub(const CEventHub&) = delete;
+    CEventHub& operator=(const CEventHub&) = delete;
+
+    // Makes `message` a stream (status, headers, history); false when too many are open.
+    bool Attach(SoupServerMessage* message);
+    // One event: a JSON object's text. Any thread.
+    void Publish(const std::string& json);
+    void CloseAll();
+    std::size_t Streams() const { return streams_.size(); }
+
+    static constexpr std::size_t kMaxOwed = 4 * 1024 * 1024;
+
+private:
+    struct Stream {
+        GObjectPtr<SoupServerMessage> message;
+        gulong finished = 0;
+        gulong wrote = 0;
+        std::size_t owed = 0;  // appended but not yet written
+    };
+    struct Shared {
+        std::mutex mutex;
+        CEventHub* hub;             // nullptr once the hub is gone
+        std::deque<std::string> pending;
+        bool scheduled = false;
+        uint64_t nextId = 1;
+    };
+
+    static void onFinished(SoupServerMessage* message, gpointer self);
+    static void onWrote(SoupServerMessage* message, guint size, gpointer self);
+    static gboolean onFlush(gpointer shared);
+    void flush(std::deque<std::string> frames);
+    void send(Stream& stream, const std::string& frame);
+    void close(Stream& stream);
+    void forget(SoupServerMessage* message);
+
+    GMainContext* context_;
+    std::size_t maxStreams_;
+    std::size_t historyLimit_;
+    std::deque<std::string> history_;
+    std::vector<std::unique_ptr<Stream>> streams_;
+    std::shared_ptr<Shared> shared_;
+};
+
+}  // namespace ircontrol::host
