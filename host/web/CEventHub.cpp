@@ -7,6 +7,9 @@ namespace ircontrol::host {
 CEventHub::CEventHub(GMainContext* context, std::size_t maxStreams, std::size_t history)
     : context_(context), maxStreams_(maxStreams), historyLimit_(history), shared_(std::make_shared<Shared>()) {
     shared_->hub = this;
+    heartbeat_ = g_timeout_source_new_seconds(kHeartbeatSeconds);
+    g_source_set_callback(heartbeat_, onHeartbeat, this, nullptr);
+    g_source_attach(heartbeat_, context_);
 }
 
 CEventHub::~CEventHub() {
@@ -14,11 +17,25 @@ CEventHub::~CEventHub() {
         std::lock_guard<std::mutex> lock(shared_->mutex);
         shared_->hub = nullptr;
     }
+    g_source_destroy(heartbeat_);
+    g_source_unref(heartbeat_);
     CloseAll();
 }
 
+gboolean CEventHub::onHeartbeat(gpointer self) {
+    static_cast<CEventHub*>(self)->ping();
+    return G_SOURCE_CONTINUE;
+}
+
+void CEventHub::ping() {
+    for (auto& stream : streams_) send(*stream, ": ping\n\n");
+}
+
 bool CEventHub::Attach(SoupServerMessage* message) {
-    if (streams_.size() >= maxStreams_) return false;
+    if (streams_.size() >= maxStreams_) {
+        ping();
+        return false;
+    }
     auto stream = std::make_unique<Stream>();
     stream->message = Ref(message);
     SoupMessageHeaders* headers = soup_server_message_get_response_headers(message);
@@ -70,8 +87,12 @@ gboolean CEventHub::onFlush(gpointer data) {
 void CEventHub::flush(std::deque<std::string> frames) {
     for (auto& frame : frames) {
         for (auto& stream : streams_) send(*stream, frame);
+        historyBytes_ += frame.size();
         history_.push_back(std::move(frame));
-        if (history_.size() > historyLimit_) history_.pop_front();
+        while (!history_.empty() && (history_.size() > historyLimit_ || historyBytes_ > kMaxHistoryBytes)) {
+            historyBytes_ -= history_.front().size();
+            history_.pop_front();
+        }
     }
     // A reader that owes too much is too slow to follow: end its stream (the browser reconnects).
     for (std::size_t i = 0; i < streams_.size();) {

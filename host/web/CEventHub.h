@@ -1,7 +1,8 @@
 // The live event stream (Server-Sent Events): every browser attached to GET /api/events gets
-// each published event, newest history first replayed on attach. Publish() is thread-safe and
-// hands the text to the main loop; Attach(), CloseAll() and the destructor run on that loop's
-// thread. The number of streams and the bytes a slow reader may owe are bounded.
+// each published event, after the recent ones (bounded in count and bytes) are replayed to it.
+// Publish() is thread-safe and hands the text to the main loop; Attach(), CloseAll() and the
+// destructor run on that loop's thread. The number of streams and the bytes a slow reader may
+// owe are bounded too.
 #pragma once
 
 #include <libsoup/soup.h>
@@ -25,14 +26,18 @@ public:
     CEventHub(const CEventHub&) = delete;
     CEventHub& operator=(const CEventHub&) = delete;
 
-    // Makes `message` a stream (status, headers, history); false when too many are open.
+    // Makes `message` a stream (status, headers, history); false when too many are open. A
+    // refusal also pings every stream, so those whose reader has gone are noticed and freed.
     bool Attach(SoupServerMessage* message);
     // One event: a JSON object's text. Any thread.
     void Publish(const std::string& json);
     void CloseAll();
     std::size_t Streams() const { return streams_.size(); }
 
+    // A comment to every stream this often: a closed connection shows only when written to.
+    static constexpr guint kHeartbeatSeconds = 5;
     static constexpr std::size_t kMaxOwed = 4 * 1024 * 1024;
+    static constexpr std::size_t kMaxHistoryBytes = 4 * 1024 * 1024;
 
 private:
     struct Stream {
@@ -52,6 +57,8 @@ private:
     static void onFinished(SoupServerMessage* message, gpointer self);
     static void onWrote(SoupServerMessage* message, guint size, gpointer self);
     static gboolean onFlush(gpointer shared);
+    static gboolean onHeartbeat(gpointer self);
+    void ping();
     void flush(std::deque<std::string> frames);
     void send(Stream& stream, const std::string& frame);
     void close(Stream& stream);
@@ -61,8 +68,10 @@ private:
     std::size_t maxStreams_;
     std::size_t historyLimit_;
     std::deque<std::string> history_;
+    std::size_t historyBytes_ = 0;
     std::vector<std::unique_ptr<Stream>> streams_;
     std::shared_ptr<Shared> shared_;
+    GSource* heartbeat_ = nullptr;
 };
 
 }  // namespace ircontrol::host

@@ -33,6 +33,18 @@ JsonValue LineJson(uint64_t id, const sim::LogLine& line) {
 
 }  // namespace
 
+std::string CRequestRecorder::LastError(const std::vector<sim::LogLine>& lines) {
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (line->priority < 6) continue;
+        // "File.cpp : Function(12)  message": the message is what a reader needs.
+        const std::size_t gap = line->text.find("  ");
+        std::string message = gap == std::string::npos ? line->text : line->text.substr(gap + 2);
+        while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
+        return Utf8(message);
+    }
+    return std::string();
+}
+
 CRequestRecorder::CRequestRecorder(int irDelayMs, int timeoutMs, Publish publish, std::ostream* echo, bool colour)
     : irDelayMs_(irDelayMs), timeoutMs_(timeoutMs), origin_(Clock::now()), capture_(std::make_shared<Capture>()) {
     capture_->publish = std::move(publish);
@@ -98,15 +110,15 @@ JsonValue CRequestRecorder::Run(uint64_t id, const JsonValue& request, const Sen
     JsonValue result = sent ? Describe(exchange, start, answered, irDelayMs_) : JsonValue(common::json::kObject);
     result["id"] = static_cast<long long>(id);
     result["request"] = request;
+    // A request the plugin refuses or drops says why in its last error line.
+    const std::string why = LastError(lines);
     if (!sent) {
         result["error"] = error;
     } else if (!exchange.answer) {
-        // A request the plugin drops says why in its error lines; the last one is the reason.
-        std::string reason = "no answer within " + std::to_string(timeoutMs_) + " ms";
-        for (const auto& line : lines) {
-            if (line.priority >= 6) reason = "no answer within " + std::to_string(timeoutMs_) + " ms: " + Utf8(line.text);
-        }
-        result["reason"] = reason;
+        result["reason"] = "no answer within " + std::to_string(timeoutMs_) + " ms" + (why.empty() ? "" : ": " + why);
+        result["why"] = why;
+    } else if (exchange.answer->first != "ok") {
+        result["why"] = why;
     }
     JsonValue& log = result["log"];
     log = JsonValue(common::json::kArray);

@@ -40,6 +40,8 @@ public:
     // Publishes an event that belongs to no request ("devices" after an edit, ...).
     void Announce(common::json::JsonValue event);
 
+    // The message of the last error-priority line, without its source location; "" if none.
+    static std::string LastError(const std::vector<sim::LogLine>& lines);
     // The result object of an exchange, times in ms from `start`.
     static common::json::JsonValue Describe(const Exchange& exchange, std::chrono::steady_clock::time_point start,
                                             std::chrono::steady_clock::time_point answered, int irDelayMs);

@@ -159,8 +159,10 @@ void CWebApi::enqueue(const JsonValue& request, bool wait, CRequestRecorder::Sen
     const uint64_t id = recorder_.NextId();
     const bool posted = runner_.Post([this, id, request, send, wait, done] {
         try {
-            const JsonValue result = recorder_.Run(id, request, send);
-            if (wait) done(WebReply{result.isMember("error") ? 400u : 200u, result.toString(), ""});
+            JsonValue result = recorder_.Run(id, request, send);
+            const bool refused = result.isMember("error");
+            if (refused) result["status"] = 400;
+            if (wait) done(WebReply{refused ? 400u : 200u, result.toString(), ""});
         } catch (const std::exception& e) {
             if (wait) done(Error(500, std::string("the request failed: ") + e.what()));
         }

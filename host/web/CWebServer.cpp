@@ -68,10 +68,20 @@ bool CWebServer::Listen(std::string& error) {
     server_.reset(static_cast<SoupServer*>(g_object_new(SOUP_TYPE_SERVER, "server-header", "ircontrol-host ", nullptr)));
     soup_server_add_early_handler(server_.get(), nullptr, onEarly, this, nullptr);
     soup_server_add_handler(server_.get(), nullptr, onRequest, this, nullptr);
+    // Our own socket, for a listen backlog that takes a burst of clients (GLib's default is 10).
     GObjectPtr<GInetAddress> inet(g_inet_address_new_from_string(address_.c_str()));
-    GObjectPtr<GSocketAddress> socket(g_inet_socket_address_new(inet.get(), static_cast<guint16>(port_)));
+    GObjectPtr<GSocketAddress> where(g_inet_socket_address_new(inet.get(), static_cast<guint16>(port_)));
     GError* raw = nullptr;
-    if (!soup_server_listen(server_.get(), socket.get(), static_cast<SoupServerListenOptions>(0), &raw)) {
+    GObjectPtr<GSocket> socket(g_socket_new(g_inet_address_get_family(inet.get()), G_SOCKET_TYPE_STREAM,
+                                            G_SOCKET_PROTOCOL_TCP, &raw));
+    if (socket) {
+        g_socket_set_listen_backlog(socket.get(), 512);
+        if (!g_socket_bind(socket.get(), where.get(), TRUE, &raw) || !g_socket_listen(socket.get(), &raw) ||
+            !soup_server_listen_socket(server_.get(), socket.get(), static_cast<SoupServerListenOptions>(0), &raw)) {
+            socket.reset();
+        }
+    }
+    if (!socket) {
         GErrorPtr failure(raw);
         error = "cannot listen on " + options_.listen + ": " + (failure ? failure->message : "unknown error");
         return false;
