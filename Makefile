@@ -5,7 +5,7 @@ CMAKE_ARGS ?=
 JOBS       ?= 2
 CTEST_ARGS ?=
 
-.PHONY: all deps configure build run test bench fuzz clean
+.PHONY: all deps configure build run test bench fuzz clean web
 
 all: build
 
@@ -23,6 +23,9 @@ run: build
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+
+web: build
+	@$(BUILD)/bin/ircontrol-host web $(WEB_ARGS)
 
 bench: build
 	@$(BUILD)/bin/ircontrol-bench --benchmark_out=$(BUILD)/bench-results.json --benchmark_out_format=json

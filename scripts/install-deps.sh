@@ -16,6 +16,10 @@ needed=(
   "clang:cmd:clang++"
   "libclang-rt-dev:glob:/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a"
   "valgrind:cmd:valgrind"
+  "libsoup-3.0-dev:pc:libsoup-3.0"
+  "chromium:file:/usr/bin/chromium"
+  "chromium-driver:file:/usr/bin/chromedriver"
+  "python3-selenium:file:/usr/lib/python3/dist-packages/selenium"
 )
 
 missing=()
