@@ -1,8 +1,11 @@
 // Runs every benchmark, then prints the ratio of the end-to-end fan key to its JSON floor and
 // the memory growth, from the measured results.
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,6 +17,9 @@ namespace {
 // The console table as usual, keeping each run's time and counters for the summary lines.
 class RecordingReporter : public benchmark::ConsoleReporter {
 public:
+    // A reporter given to the library keeps whatever colour it was built with (the library applies
+    // --benchmark_color only to its own): colour only on a terminal, so logs and pipes stay clean.
+    explicit RecordingReporter(bool colour) : ConsoleReporter(colour ? OO_ColorTabular : OO_Tabular) {}
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const auto& run : runs) {
             // Single runs, and the median of repeated ones; means and spreads only go to the table.
@@ -32,7 +38,8 @@ public:
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RecordingReporter reporter;
+    const char* term = std::getenv("TERM");
+    RecordingReporter reporter(isatty(STDOUT_FILENO) != 0 && (term == nullptr || std::strcmp(term, "dumb") != 0));
     benchmark::RunSpecifiedBenchmarks(&reporter);
     irbench::StopPlugin();
 

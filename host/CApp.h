@@ -1,14 +1,17 @@
 // One run of ircontrol-host: prepares the simulated platform, loads and starts the plugin, runs
-// the subcommand, stops and unloads the plugin. Run() returns the exit status: 0 success, 1 a
-// refused or missing answer or an unusable input, 2 a mistake on the command line. It reports
-// every failure as one line on `err` and throws nothing. One CApp per plugin lifecycle.
+// the subcommand, stops and unloads the plugin. Run() returns the exit status: 0 when every
+// request was usable and answered ok in time (devices: the lists were usable), 1 a refused,
+// unanswered or late request or an unusable input, 2 a mistake in a single command's values or a
+// --devices/--catalogue path that names no readable file.
+// It reports every failure as one line on `err` and throws nothing. One CApp per plugin lifecycle.
 #pragma once
 
+#include <chrono>
 #include <istream>
-#include <map>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "CCommandLine.h"
 #include "CLogEcho.h"
@@ -16,6 +19,7 @@
 #include "CPluginLibrary.h"
 #include "CPrinter.h"
 #include "CSession.h"
+#include "Request.h"
 
 namespace ircontrol::host {
 
@@ -26,8 +30,6 @@ public:
     int Run();
 
 private:
-    using Values = std::map<std::string, std::string>;
-
     int run();
     bool start();
     int demo();
@@ -35,9 +37,10 @@ private:
     int serve();
     int web();
     int single();
-    // Builds and sends a key, ac or set request from its named values; false with a reason.
-    bool request(const std::string& command, const Values& values, Exchange& out, std::string& error);
-    std::string option(const std::string& name) const;  // "--type", or "\"type\"" when serving
+    // Looks again at requests that had no answer in time, printing what came late; waits up to
+    // `wait` for each. Drops those that are answered.
+    void catchUp(std::vector<RequestResult>& pending, std::chrono::milliseconds wait);
+    std::chrono::milliseconds drainWait() const;  // how long the last catch-up waits for each
     int fail(const std::string& reason, int status);
 
     Options options_;
@@ -45,7 +48,6 @@ private:
     std::ostream& out_;
     std::ostream& err_;
     bool errIsTerminal_;
-    bool serving_ = false;
     CPrinter printer_;
     CSession session_;
     CPlatformSetup setup_;

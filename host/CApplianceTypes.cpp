@@ -28,12 +28,13 @@ std::string CApplianceTypes::ShortName(const std::string& type) {
     return type;
 }
 
-std::vector<int> CApplianceTypes::AllowedKeys(const std::string& type) {
-    if (type == "oic.d.robotcleaner") return {10, 28, 39};
-    if (type == "oic.d.fan" || type == "oic.d.airpurifier" || type == "x.com.zq.d.humidifier") {
-        return {10, 11, 12, 13, 14, 76};
-    }
-    return {};
+const std::vector<int>& CApplianceTypes::AllowedKeys(const std::string& type) {
+    static const std::vector<int> none;
+    static const std::vector<int> climate = {10, 11, 12, 13, 14, 76};
+    static const std::vector<int> cleaner = {10, 28, 39};
+    if (type == "oic.d.fan" || type == "oic.d.airpurifier" || type == "x.com.zq.d.humidifier") return climate;
+    if (type == "oic.d.robotcleaner") return cleaner;
+    return none;
 }
 
 std::vector<std::string> CApplianceTypes::AcWords(const std::string& field) {

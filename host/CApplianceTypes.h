@@ -16,9 +16,10 @@ public:
     static std::string Resolve(const std::string& nameOrType);
     // "oic.d.fan" -> "fan"; any other type comes back unchanged.
     static std::string ShortName(const std::string& type);
-    // The key codes the service accepts for that OCF type (empty for the air conditioner and
-    // unknown types). The plugin keeps its own copy; a test holds the two together.
-    static std::vector<int> AllowedKeys(const std::string& type);
+    // The key codes the service accepts for that OCF type, ascending: a fixed allow-list per
+    // appliance type, whatever the codeset's key map says. Empty for the air conditioner (it
+    // takes a state, not keys) and for types the service does not drive.
+    static const std::vector<int>& AllowedKeys(const std::string& type);
     // The words an air-conditioner state may carry: field "power", "mode" or "fan".
     static std::vector<std::string> AcWords(const std::string& field);
 };

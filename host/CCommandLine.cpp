@@ -1,25 +1,55 @@
 #include "CCommandLine.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <sstream>
+
+#ifndef IRC_HOST_VERSION
+#define IRC_HOST_VERSION "unknown"
+#endif
 
 namespace ircontrol::host {
 namespace {
 
-const std::vector<std::pair<std::string, std::string>> kGlobal = {
-    {"--plugin PATH", "plugin library (default: libircontrol-plugin.so beside this program)"},
-    {"--devices FILE", "pairing list JSON {\"dev_info\":[{\"codeset\",\"device_index\",\"type\"}]}"},
-    {"--catalogue FILE", "key maps JSON {\"<codeset>\": \"<key map text>\"}"},
-    {"--year N", "TV model year reported by the platform (default 23)"},
-    {"--mbr-support on|off", "IR service feature flag reported by the platform (default on)"},
-    {"--ir-delay MS", "simulated on-air time of each transmission (default 0)"},
-    {"--timeout MS", "how long to wait for each answer (default 2000)"},
-    {"--json", "machine-readable output, one JSON object per line"},
-    {"--verbose", "show the plugin's own log lines on stderr"},
-};
-
 std::string Pad(const std::string& text, std::size_t width) {
     return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
+}
+
+// A setter for a millisecond option; `minimum` is 0 or 1.
+std::function<std::string(Options&, const std::string&)> Milliseconds(int Options::*field, int minimum,
+                                                                      const std::string& option) {
+    return [field, minimum, option](Options& o, const std::string& value) -> std::string {
+        int number = 0;
+        if (!CCommandLine::ParseInt(value, number) || number < minimum) {
+            return "--" + option + " needs milliseconds, not '" + value + "'";
+        }
+        o.*field = number;
+        return "";
+    };
+}
+
+std::function<std::string(Options&, const std::string&)> File(std::string Options::*field, const std::string& option) {
+    return [field, option](Options& o, const std::string& value) -> std::string {
+        if (value.empty()) return "--" + option + " needs a file name, not an empty text";
+        o.*field = value;
+        return "";
+    };
+}
+
+// Edits between two names, a swap of neighbours counting as one ("kye" is one from "key").
+std::size_t Distance(const std::string& a, const std::string& b) {
+    std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+    for (std::size_t i = 0; i <= a.size(); ++i) d[i][0] = i;
+    for (std::size_t j = 0; j <= b.size(); ++j) d[0][j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            d[i][j] = std::min({d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+            }
+        }
+    }
+    return d[a.size()][b.size()];
 }
 
 }  // namespace
@@ -33,27 +63,118 @@ bool CCommandLine::ParseInt(const std::string& text, int& out) {
     return true;
 }
 
+std::string CCommandLine::Nearest(const std::string& name, const std::vector<std::string>& candidates) {
+    std::string best;
+    std::size_t bestDistance = std::max<std::size_t>(2, name.size() / 3) + 1;
+    for (const auto& candidate : candidates) {
+        const std::size_t d = Distance(name, candidate);
+        if (d < bestDistance) {
+            best = candidate;
+            bestDistance = d;
+        }
+    }
+    return best;
+}
+
+std::string CCommandLine::Version() { return std::string("ircontrol-host ") + IRC_HOST_VERSION; }
+
+const std::vector<GlobalOption>& CCommandLine::Globals() {
+    static const std::vector<GlobalOption> globals = {
+        {"plugin", "PATH", "plugin library (default: libircontrol-plugin.so beside this program)",
+         [](Options& o, const std::string& v) -> std::string {
+             if (v.empty()) return "--plugin needs a path, not an empty text";
+             o.plugin = v;
+             return "";
+         }},
+        {"devices", "FILE", "pairing list JSON {\"dev_info\":[{\"codeset\",\"device_index\",\"type\"}]}",
+         File(&Options::devicesFile, "devices")},
+        {"catalogue", "FILE", "key maps the IR library reports, JSON {\"<codeset>\": <key map>}",
+         File(&Options::catalogueFile, "catalogue")},
+        {"year", "N",
+         "TV model year the platform reports (default 23); the plugin only logs it when it starts",
+         [](Options& o, const std::string& v) -> std::string {
+             int number = 0;
+             if (!ParseInt(v, number)) return "--year needs a whole number, not '" + v + "'";
+             o.year = number;
+             return "";
+         }},
+        {"mbr-support", "on|off",
+         "IR service feature flag the platform reports (default on); the plugin does not read it today",
+         [](Options& o, const std::string& v) -> std::string {
+             if (v != "on" && v != "off") return "--mbr-support needs on or off, not '" + v + "'";
+             o.mbrSupport = v == "on";
+             return "";
+         }},
+        {"ir-delay", "MS", "simulated on-air time of each transmission (default 0)",
+         Milliseconds(&Options::irDelayMs, 0, "ir-delay")},
+        {"timeout", "MS", "how long to wait for each answer (default 2000)",
+         Milliseconds(&Options::timeoutMs, 1, "timeout")},
+        {"json", "", "machine-readable output, one JSON object per line",
+         [](Options& o, const std::string&) -> std::string {
+             o.json = true;
+             return "";
+         }},
+        {"verbose", "", "show the plugin's own log lines on stderr, as it logs them",
+         [](Options& o, const std::string&) -> std::string {
+             o.verbose = true;
+             return "";
+         }},
+        {"log-level", "LEVEL", "--verbose with only lines at or above debug (all), info or error",
+         [](Options& o, const std::string& v) -> std::string {
+             const std::vector<std::pair<std::string, int>> levels = {{"debug", 0}, {"info", 4}, {"error", 6}};
+             for (const auto& [name, priority] : levels) {
+                 if (v == name) {
+                     o.logLevel = priority;
+                     o.verbose = true;
+                     return "";
+                 }
+             }
+             return "--log-level needs debug, info or error, not '" + v + "'";
+         }},
+        {"version", "", "print the version and exit",
+         [](Options& o, const std::string&) -> std::string {
+             o.version = true;
+             return "";
+         }},
+    };
+    return globals;
+}
+
 const std::vector<CommandInfo>& CCommandLine::Commands() {
     static const std::vector<CommandInfo> commands = {
-        {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}},
+        {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}, ""},
         {"key", "send one key to one appliance",
          {{"type", "fan, purifier, humidifier, cleaner, ac, or a full OCF device type"},
           {"codeset", "codeset name (default: the paired one of that type)"},
-          {"key", "key code"}}},
+          {"key", "key code, or a key name from the codeset's key map (e.g. power)"}},
+         "The service accepts a fixed set of key codes per appliance type (see 'devices');\n"
+         "a key name is only looked up in the key map to find its code.\n"},
         {"ac", "send an air-conditioner state",
          {{"codeset", "codeset name (default: the paired air conditioner)"},
           {"power", "ON or OFF (default ON)"},
           {"mode", "AUTO, COLD, DEHUMI, VENT or HEAT (default COLD)"},
-          {"setpoint", "cooling set point (default 24)"},
-          {"fan", "LOW, MEDIUM, HIGH or AUTO (default AUTO)"}}},
+          {"setpoint", "cooling set point, a whole number (default 24)"},
+          {"fan", "LOW, MEDIUM, HIGH or AUTO (default AUTO)"}},
+         ""},
         {"set", "set any property to any text",
          {{"name", "property name (default setKeyEvent)"},
           {"value", "the value's text"},
-          {"kind", "json, string, int or bool (default json)"}}},
-        {"devices", "list the paired appliances and their key maps", {}},
-        {"serve", "read requests as JSON lines on stdin, write one JSON line per answer", {}},
+          {"kind", "json, string, int or bool (default json)"}},
+         ""},
+        {"devices", "list the paired appliances: the keys the service accepts and the key maps", {}, ""},
+        {"serve", "read requests as JSON lines on stdin, write JSON lines about them", {},
+         "Each input line is one JSON object:\n"
+         "  \"command\"  key, ac, set or devices (required)\n"
+         "  \"id\"       any value, echoed as text in every output object about the line\n"
+         "  and the command's own options as members: {\"command\":\"key\",\"type\":\"fan\",\"key\":10},\n"
+         "  {\"command\":\"ac\",\"mode\":\"HEAT\",\"setpoint\":22}; numbers may be written 22 or 22.0.\n"
+         "Each output object has \"line\" (the input line number) and \"id\" when one was given;\n"
+         "a line that cannot be used gets {\"line\",\"id\",\"error\"}. A request that had no answer\n"
+         "in time gets a second object with \"late\":true once its answer or transmissions come.\n"
+         "Exit status: 0 when every line was usable and answered ok in time, 1 otherwise.\n"},
         {"web", "serve a web remote: the page, a JSON API and a live event stream (Ctrl-C stops)",
-         {{"listen", "ADDRESS:PORT to serve on (default 127.0.0.1:8088; port 0 picks a free one)"}}},
+         {{"listen", "ADDRESS:PORT to serve on (default 127.0.0.1:8088; port 0 picks a free one)"}},
+         ""},
     };
     return commands;
 }
@@ -71,64 +192,73 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
     auto fail = [&](const std::string& reason) {
         if (options.error.empty()) options.error = reason;
     };
+    std::vector<std::string> known;  // every option name, for hints
+    for (const auto& g : Globals()) known.push_back(g.name);
+    for (const auto& c : Commands()) {
+        for (const auto& o : c.options) known.push_back(o.first);
+    }
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "--help" || arg == "-h") {
             options.help = true;
             continue;
         }
-        if (arg == "--json") {
-            options.json = true;
-            continue;
-        }
-        if (arg == "--verbose" || arg == "-v") {
+        if (arg == "-v") {
             options.verbose = true;
             continue;
         }
         if (arg.rfind("--", 0) != 0) {
             if (options.command.empty()) {
                 options.command = arg;
-                if (FindCommand(arg) == nullptr) fail("unknown command '" + arg + "' (try --help)");
+                if (FindCommand(arg) == nullptr) {
+                    std::vector<std::string> names;
+                    for (const auto& c : Commands()) names.push_back(c.name);
+                    const std::string hint = Nearest(arg, names);
+                    fail("unknown command '" + arg + "'" + (hint.empty() ? "" : " (did you mean " + hint + "?)") +
+                         " (try --help)");
+                }
             } else {
                 fail("unexpected argument '" + arg + "'");
             }
             continue;
         }
-        const std::string name = arg.substr(2);
-        if (i + 1 >= args.size()) {
-            fail("option " + arg + " needs a value");
-            break;
+        const std::size_t equals = arg.find('=');
+        const std::string name = arg.substr(2, equals == std::string::npos ? std::string::npos : equals - 2);
+        std::optional<std::string> value;
+        if (equals != std::string::npos) value = arg.substr(equals + 1);
+        const auto global = std::find_if(Globals().begin(), Globals().end(), [&](const auto& g) { return g.name == name; });
+        const bool commandOption = std::find(known.begin(), known.end(), name) != known.end();
+        if (global == Globals().end() && !commandOption) {
+            const std::string hint = Nearest(name, known);
+            fail("unknown option --" + name + (hint.empty() ? "" : " (did you mean --" + hint + "?)"));
+            continue;
         }
-        const std::string value = args[++i];
-        int number = 0;
-        if (name == "plugin") {
-            options.plugin = value;
-        } else if (name == "devices") {
-            options.devicesFile = value;
-        } else if (name == "catalogue") {
-            options.catalogueFile = value;
-        } else if (name == "year") {
-            if (!ParseInt(value, number)) fail("--year needs a whole number, not '" + value + "'");
-            options.year = number;
-        } else if (name == "mbr-support") {
-            if (value != "on" && value != "off") fail("--mbr-support needs on or off, not '" + value + "'");
-            options.mbrSupport = value == "on";
-        } else if (name == "ir-delay") {
-            if (!ParseInt(value, number) || number < 0) fail("--ir-delay needs milliseconds, not '" + value + "'");
-            options.irDelayMs = number;
-        } else if (name == "timeout") {
-            if (!ParseInt(value, number) || number <= 0) fail("--timeout needs milliseconds, not '" + value + "'");
-            options.timeoutMs = number;
+        const bool flag = global != Globals().end() && global->placeholder.empty();
+        if (flag) {
+            if (value) fail("option --" + name + " takes no value");
+            global->apply(options, "");
+            continue;
+        }
+        if (!value) {
+            if (i + 1 >= args.size()) {
+                fail("option --" + name + " needs a value");
+                break;
+            }
+            value = args[++i];
+        }
+        if (global != Globals().end()) {
+            const std::string error = global->apply(options, *value);
+            if (!error.empty()) fail(error);
         } else {
-            options.values[name] = value;
+            options.values[name] = *value;
         }
     }
-    if (options.command.empty() && !options.help) fail("no command given (try --help)");
+    if (options.command.empty() && !options.help && !options.version) fail("no command given (try --help)");
     if (const CommandInfo* info = FindCommand(options.command)) {
         for (const auto& entry : options.values) {
-            bool known = false;
-            for (const auto& option : info->options) known = known || option.first == entry.first;
-            if (!known) fail("'" + info->name + "' has no option --" + entry.first);
+            bool found = false;
+            for (const auto& option : info->options) found = found || option.first == entry.first;
+            if (!found) fail("'" + info->name + "' has no option --" + entry.first);
         }
     }
     return options;
@@ -140,10 +270,13 @@ std::string CCommandLine::Usage() {
         << "Loads the IR control plugin into the desktop platform simulator, as the TV's host does,\n"
         << "and drives it.\n\ncommands:\n";
     for (const auto& info : Commands()) out << "  " << Pad(info.name, 10) << info.summary << "\n";
-    out << "\noptions:\n";
-    for (const auto& [name, help] : kGlobal) out << "  " << Pad(name, 22) << help << "\n";
+    out << "\noptions (--name value or --name=value):\n";
+    for (const auto& g : Globals()) {
+        out << "  " << Pad("--" + g.name + (g.placeholder.empty() ? "" : " " + g.placeholder), 22) << g.help << "\n";
+    }
     out << "\n'ircontrol-host <command> --help' describes a command's own options.\n"
-        << "Exit status: 0 success, 1 a refused or missing answer or an unusable input, 2 bad usage.\n";
+        << "Exit status: 0 when every request was answered ok in time, 1 a refused, unanswered or late\n"
+        << "request or an unusable input, 2 a mistake on the command line (a path to no file included).\n";
     return out.str();
 }
 
@@ -156,6 +289,7 @@ std::string CCommandLine::CommandUsage(const CommandInfo& info) {
         out << "\n";
         for (const auto& [name, help] : info.options) out << "  " << Pad("--" + name, 14) << help << "\n";
     }
+    if (!info.details.empty()) out << "\n" << info.details;
     out << "\n'ircontrol-host --help' lists the options every command takes.\n";
     return out.str();
 }

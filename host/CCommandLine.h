@@ -1,7 +1,10 @@
-// Command line of ircontrol-host: global options, a subcommand and the subcommand's own options.
-// Parse() never exits or throws: a mistake comes back as a one-line reason in Options::error.
+// Command line of ircontrol-host: global options, a subcommand and the subcommand's own options,
+// each as "--name value" or "--name=value". Both kinds of option come from tables (Globals(),
+// Commands()), which also give --help its text and unknown options their hint. Parse() never
+// exits or throws: a mistake comes back as a one-line reason in Options::error.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -18,12 +21,23 @@ struct Options {
     std::optional<int> year;
     std::optional<bool> mbrSupport;
     bool verbose = false;
+    int logLevel = 0;                          // lowest log priority --verbose shows (0: all)
     bool json = false;
     bool help = false;
+    bool version = false;
     int irDelayMs = 0;
     int timeoutMs = 2000;
     std::map<std::string, std::string> values;  // the subcommand's --name value pairs
     std::string error;                         // set when the command line is unusable
+};
+
+// A global option: its name without "--", the value's placeholder ("" for a flag), its help,
+// and what it does to the options (a one-line reason when the value does not fit).
+struct GlobalOption {
+    std::string name;
+    std::string placeholder;
+    std::string help;
+    std::function<std::string(Options&, const std::string& value)> apply;
 };
 
 // A subcommand with the options it takes, for checking and for --help.
@@ -31,15 +45,20 @@ struct CommandInfo {
     std::string name;
     std::string summary;
     std::vector<std::pair<std::string, std::string>> options;  // name, help text
+    std::string details;                                        // more text for its --help
 };
 
 class CCommandLine {
 public:
     static Options Parse(const std::vector<std::string>& args);
+    static const std::vector<GlobalOption>& Globals();
     static const std::vector<CommandInfo>& Commands();
     static const CommandInfo* FindCommand(const std::string& name);  // nullptr if unknown
     static std::string Usage();                                      // the whole tool
     static std::string CommandUsage(const CommandInfo& info);        // one subcommand
+    static std::string Version();                                    // "ircontrol-host 1.0"
+    // The candidate closest to `name` by edit distance, "" if none is close enough to be meant.
+    static std::string Nearest(const std::string& name, const std::vector<std::string>& candidates);
     // A decimal integer within +-1e9 filling the whole text.
     static bool ParseInt(const std::string& text, int& out);
 };

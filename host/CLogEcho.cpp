@@ -7,11 +7,12 @@
 
 namespace ircontrol::host {
 
-CLogEcho::CLogEcho(std::ostream& out, bool terminal) : sink_(new Sink{{}, out, terminal}) {
+CLogEcho::CLogEcho(std::ostream& out, bool terminal, int minPriority) : sink_(new Sink{{}, out, terminal}) {
     // The simulator's own echo would print every line a second time.
     sim::Log::SetEcho(false);
     std::shared_ptr<Sink> sink = sink_;
-    sim::Log::SetListener([sink](const sim::LogLine& line) {
+    sim::Log::SetListener([sink, minPriority](const sim::LogLine& line) {
+        if (line.priority < minPriority) return;
         const std::string text = Format(line.priority, line.tag, line.text, sink->terminal);
         std::lock_guard<std::mutex> lock(sink->mutex);
         if (sink->open) sink->out << text << '\n' << std::flush;

@@ -12,7 +12,8 @@ namespace ircontrol::host {
 
 class CLogEcho {
 public:
-    CLogEcho(std::ostream& out, bool terminal);
+    // Lines below `minPriority` (a dlog priority: 4 info, 6 error; 0 shows all) are left out.
+    CLogEcho(std::ostream& out, bool terminal, int minPriority = 0);
     ~CLogEcho();  // removes the listener; no line is written afterwards
     CLogEcho(const CLogEcho&) = delete;
     CLogEcho& operator=(const CLogEcho&) = delete;

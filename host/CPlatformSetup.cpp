@@ -1,5 +1,7 @@
 #include "CPlatformSetup.h"
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <fstream>
 #include <sstream>
@@ -30,9 +32,23 @@ const std::vector<std::pair<std::string, std::string>> kDefaultCatalogue = {
     {"ZAC00005", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"]})"},
 };
 
-bool ReadFile(const std::string& path, std::string& text) {
+// False with the reason after "cannot read --devices file X": a directory opens as a stream on
+// Linux and reads as empty, which would otherwise be reported as "not valid JSON".
+bool ReadFile(const std::string& path, std::string& text, std::string& why) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) {
+        why = ": no such file";
+        return false;
+    }
+    if (S_ISDIR(info.st_mode)) {
+        why = ": it is a directory";
+        return false;
+    }
     std::ifstream in(path);
-    if (!in) return false;
+    if (!in) {
+        why = ": permission denied or unreadable";
+        return false;
+    }
     std::ostringstream buffer;
     buffer << in.rdbuf();
     text = buffer.str();
@@ -44,12 +60,28 @@ bool ReadFile(const std::string& path, std::string& text) {
 CPlatformSetup::CPlatformSetup() : pairingText_(kDefaultPairing), catalogue_(kDefaultCatalogue) {
     std::string unused;
     ParsePairing(pairingText_, devices_, unused);
+    index();
 }
 
-bool CPlatformSetup::Load(const Options& options, std::string& error) {
+void CPlatformSetup::index() {
+    catalogueIndex_.clear();
+    catalogueIndex_.reserve(catalogue_.size());
+    // A codeset given twice keeps its last key map, as the IR library's catalogue would.
+    for (std::size_t i = 0; i < catalogue_.size(); ++i) catalogueIndex_[catalogue_[i].first] = i;
+}
+
+const std::string* CPlatformSetup::KeyMap(const std::string& codeset) const {
+    const auto found = catalogueIndex_.find(codeset);
+    return found == catalogueIndex_.end() ? nullptr : &catalogue_[found->second].second;
+}
+
+bool CPlatformSetup::Load(const Options& options, std::string& error, bool* badPath) {
+    if (badPath != nullptr) *badPath = false;
     if (!options.devicesFile.empty()) {
-        if (!ReadFile(options.devicesFile, pairingText_)) {
-            error = "cannot read --devices file " + options.devicesFile;
+        std::string why;
+        if (!ReadFile(options.devicesFile, pairingText_, why)) {
+            error = "cannot read --devices file " + options.devicesFile + why;
+            if (badPath != nullptr) *badPath = true;
             return false;
         }
         if (!ParsePairing(pairingText_, devices_, error)) {
@@ -59,14 +91,17 @@ bool CPlatformSetup::Load(const Options& options, std::string& error) {
     }
     if (!options.catalogueFile.empty()) {
         std::string text;
-        if (!ReadFile(options.catalogueFile, text)) {
-            error = "cannot read --catalogue file " + options.catalogueFile;
+        std::string why;
+        if (!ReadFile(options.catalogueFile, text, why)) {
+            error = "cannot read --catalogue file " + options.catalogueFile + why;
+            if (badPath != nullptr) *badPath = true;
             return false;
         }
         if (!ParseCatalogue(text, catalogue_, error)) {
             error = options.catalogueFile + ": " + error;
             return false;
         }
+        index();
     }
     year_ = options.year.value_or(kDefaultYear);
     mbrSupport_ = options.mbrSupport.value_or(true);

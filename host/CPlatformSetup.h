@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -22,8 +23,9 @@ class CPlatformSetup {
 public:
     CPlatformSetup();
 
-    // false with a one-line reason when a file cannot be read or is not the expected JSON.
-    bool Load(const Options& options, std::string& error);
+    // false with a one-line reason when a file cannot be read or is not the expected JSON;
+    // `badPath` (if given) tells the first kind (no such file, a directory) from the second.
+    bool Load(const Options& options, std::string& error, bool* badPath = nullptr);
     void Apply() const;
     // Replaces the pairing list with `text` and writes it to the settings store; false with a
     // one-line reason (the list unchanged) when it is not a usable pairing list.
@@ -34,6 +36,10 @@ public:
     const std::vector<std::pair<std::string, std::string>>& Catalogue() const { return catalogue_; }
     // The codeset of the first paired appliance of that OCF type, "" if none.
     std::string PairedCodeset(const std::string& type) const;
+    // The key map the IR library gives for a codeset, or nullptr if it has none. Constant time.
+    const std::string* KeyMap(const std::string& codeset) const;
+    int Year() const { return year_; }
+    bool MbrSupport() const { return mbrSupport_; }
 
     // The parsers behind Load(), for other texts; false with a one-line reason.
     static bool ParsePairing(const std::string& text, std::vector<PairedDevice>& out, std::string& error);
@@ -47,6 +53,8 @@ private:
     std::string pairingText_;
     std::vector<PairedDevice> devices_;
     std::vector<std::pair<std::string, std::string>> catalogue_;
+    std::unordered_map<std::string, std::size_t> catalogueIndex_;  // codeset -> catalogue_ position
+    void index();
     int year_ = kDefaultYear;
     bool mbrSupport_ = true;
 };

@@ -1,6 +1,7 @@
 #include "CPrinter.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "CApplianceTypes.h"
 #include "JsonValue.h"
@@ -31,6 +32,37 @@ const char* TypeName(int type) {
     }
 }
 
+long long Microseconds(std::chrono::steady_clock::duration d) {
+    return static_cast<long long>(std::chrono::duration_cast<std::chrono::microseconds>(d).count());
+}
+
+// The line number and client id every output object about a serve line carries.
+void Tag(JsonValue& line, const Request& request) {
+    if (request.line > 0) line["line"] = static_cast<long long>(request.line);
+    if (request.id) line["id"] = *request.id;
+}
+
+JsonValue TransmissionJson(const Transmission& t, std::chrono::steady_clock::time_point sent) {
+    const sim::IrCall& call = t.call;
+    JsonValue entry;
+    entry["function"] = sim::ToString(call.function);
+    entry["deviceIndex"] = call.deviceIndex;
+    if (call.function == sim::IrCall::Function::Aircon) {
+        entry["mode"] = call.mode;
+        entry["power"] = call.power;
+        entry["coolingSetpoint"] = call.coolingSetpoint;
+        entry["fanSpeed"] = call.fanSpeed;
+    } else {
+        entry["key"] = call.key;
+        entry["online"] = call.online;
+    }
+    // On-air start and end, in microseconds from the set callback.
+    entry["onAirStartUs"] = Microseconds(call.time - sent);
+    entry["onAirEndUs"] = Microseconds(call.onAirEnd - sent);
+    entry["late"] = t.late;
+    return entry;
+}
+
 }  // namespace
 
 std::string CPrinter::Transmission(const sim::IrCall& call) {
@@ -45,36 +77,48 @@ std::string CPrinter::Transmission(const sim::IrCall& call) {
     }
 }
 
-std::string CPrinter::ExchangeJson(const ircontrol::host::Exchange& exchange, const std::string& note) {
+std::string CPrinter::ResultJson(const RequestResult& result, const std::string& note) {
     JsonValue line;
-    line["property"] = exchange.property;
-    line["payload"] = exchange.payload;
-    line["transaction"] = static_cast<long long>(exchange.transaction);
-    if (exchange.answer) {
-        line["answer"]["errorCode"] = exchange.answer->first;
-        line["answer"]["description"] = exchange.answer->second;
+    Tag(line, result.request);
+    line["command"] = ToString(result.request.kind);
+    line["property"] = result.property;
+    const JsonValue payload = JsonValue::Create(result.payload);
+    if (!payload.isNull() || result.payload == "null") {
+        line["payload"] = payload;
+    } else {
+        line["payload"] = JsonValue();
+        line["payloadText"] = result.payload;
+    }
+    line["transaction"] = static_cast<long long>(result.transaction);
+    if (result.answer) {
+        line["answer"]["errorCode"] = result.answer->first;
+        line["answer"]["description"] = result.answer->second;
+        if (result.answerLate) line["answer"]["late"] = true;
     } else {
         line["answer"] = JsonValue();
     }
+    line["outcome"] = ToString(result.outcome);
+    if (!result.reason.empty()) line["reason"] = result.reason;
+    if (result.elapsed) line["elapsedUs"] = static_cast<long long>(result.elapsed->count());
     JsonValue& ir = line["ir"];
     ir = JsonValue(common::json::kArray);
-    for (const auto& call : exchange.transmissions) {
-        JsonValue entry;
-        entry["function"] = sim::ToString(call.function);
-        entry["deviceIndex"] = call.deviceIndex;
-        if (call.function == sim::IrCall::Function::Aircon) {
-            entry["mode"] = call.mode;
-            entry["power"] = call.power;
-            entry["coolingSetpoint"] = call.coolingSetpoint;
-            entry["fanSpeed"] = call.fanSpeed;
-        } else {
-            entry["key"] = call.key;
-            entry["online"] = call.online;
-        }
-        ir.append(std::move(entry));
-    }
+    for (const auto& t : result.transmissions) ir.append(TransmissionJson(t, result.sent));
     if (!note.empty()) line["note"] = note;
     return line.toString();
+}
+
+void CPrinter::Platform(const CPlatformSetup& setup, int irDelayMs, int timeoutMs) {
+    if (json_) {
+        JsonValue line;
+        line["platform"]["year"] = setup.Year();
+        line["platform"]["mbrSupport"] = setup.MbrSupport();
+        line["platform"]["irDelayMs"] = irDelayMs;
+        line["platform"]["timeoutMs"] = timeoutMs;
+        out_ << line.toString() << "\n";
+        return;
+    }
+    out_ << "platform  model year " << setup.Year() << ", IR service flag " << (setup.MbrSupport() ? "on" : "off")
+         << "; on-air time " << irDelayMs << " ms, answer timeout " << timeoutMs << " ms\n";
 }
 
 void CPrinter::Service(const sim::ServiceInfo& service) {
@@ -94,7 +138,7 @@ void CPrinter::Service(const sim::ServiceInfo& service) {
         out_ << line.toString() << "\n";
         return;
     }
-    out_ << "service  " << service.name << "  (" << service.description << ")\n";
+    out_ << "service   " << service.name << "  (" << service.description << ")\n";
     auto properties = service.properties;  // registration follows a hash order; show it sorted
     std::sort(properties.begin(), properties.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     for (const auto& p : properties) {
@@ -109,30 +153,45 @@ void CPrinter::ExchangeHeader() {
          << "IR transmission / description\n";
 }
 
-void CPrinter::Exchange(const ircontrol::host::Exchange& exchange, const std::string& note) {
+void CPrinter::Result(const RequestResult& result, const std::string& note) {
     if (json_) {
-        out_ << ExchangeJson(exchange, note) << "\n";
+        out_ << ResultJson(result, note) << "\n";
         return;
     }
-    std::string verdict = "no answer";
-    std::string detail = "(none within the timeout)";
-    if (exchange.answer) {
-        const bool ok = exchange.answer->first == "ok";
-        verdict = ok ? "ok" : "refused";
-        detail = ok ? "" : exchange.answer->first + ": " + exchange.answer->second;
-    }
-    const std::string row = Pad(exchange.label, kLabelWidth) + Pad(exchange.summary, kRequestWidth) +
+    std::string verdict = ToString(result.outcome);
+    std::string detail;
+    if (result.answer && result.outcome != Outcome::Ok) detail = result.answer->first + ": " + result.answer->second;
+    const std::string prefix = result.request.line > 0 ? "#" + std::to_string(result.request.line) + " " : "";
+    const std::string row = Pad(prefix + result.label, kLabelWidth) + Pad(result.summary, kRequestWidth) +
                             Pad(verdict, kVerdictWidth);
     const std::string indent(kDetailColumn, ' ');
-    if (exchange.transmissions.empty()) {
-        out_ << row << (detail.empty() ? "(nothing transmitted)" : detail) << "\n";
-    } else {
-        for (std::size_t i = 0; i < exchange.transmissions.size(); ++i) {
-            out_ << (i == 0 ? row : indent) << Transmission(exchange.transmissions[i]) << "\n";
-        }
-        if (!detail.empty()) out_ << indent << detail << "\n";
-    }
+    std::vector<std::string> lines;
+    for (const auto& t : result.transmissions) lines.push_back(Transmission(t.call) + (t.late ? " (late)" : ""));
+    if (!detail.empty()) lines.push_back(detail);
+    if (!result.reason.empty()) lines.push_back("reason: " + result.reason);
+    if (lines.empty()) lines.push_back("(nothing transmitted)");
+    for (std::size_t i = 0; i < lines.size(); ++i) out_ << (i == 0 ? row : indent) << lines[i] << "\n";
     if (!note.empty()) out_ << indent << "(" << note << ")\n";
+}
+
+void CPrinter::Late(const RequestResult& result, std::size_t firstNew) {
+    if (json_) {
+        JsonValue line = JsonValue::Create(ResultJson(result));
+        line["late"] = true;
+        out_ << line.toString() << "\n";
+        return;
+    }
+    const std::string who = result.request.line > 0 ? "line " + std::to_string(result.request.line)
+                                                    : "transaction " + std::to_string(result.transaction);
+    std::string news;
+    for (std::size_t i = firstNew; i < result.transmissions.size(); ++i) {
+        news += (news.empty() ? "" : "; ") + Transmission(result.transmissions[i].call);
+    }
+    if (result.answer) {
+        news += (news.empty() ? "answer " : "; answer ") + result.answer->first;
+        if (!result.reason.empty()) news += " (" + result.reason + ")";
+    }
+    out_ << "late for " << who << " (" << result.label << " " << result.summary << "): " << news << "\n";
 }
 
 void CPrinter::Summary(std::size_t steps, std::size_t unexpected) {
@@ -149,26 +208,60 @@ void CPrinter::Summary(std::size_t steps, std::size_t unexpected) {
          << "\n";
 }
 
-void CPrinter::Devices(const std::vector<PairedDevice>& devices,
-                       const std::vector<std::pair<std::string, std::string>>& catalogue) {
-    if (!json_) out_ << Pad("appliance", 12) << Pad("codeset", 12) << Pad("index", 7) << "key map\n";
-    for (const auto& device : devices) {
-        std::string keyMap;
-        for (const auto& [codeset, text] : catalogue) {
-            if (codeset == device.codeset) keyMap = text;
-        }
+void CPrinter::LineError(const Request& request, const std::string& error) {
+    JsonValue reply;
+    Tag(reply, request);
+    reply["error"] = error;
+    out_ << reply.toString() << std::endl;
+}
+
+void CPrinter::Devices(const CPlatformSetup& setup, const Request& request) {
+    // One JSON object per appliance on the command line; one object with them all for a serve line.
+    JsonValue all(common::json::kArray);
+    const bool serving = request.line > 0;
+    if (!json_) {
+        out_ << Pad("appliance", 12) << Pad("codeset", 12) << Pad("index", 7) << Pad("accepts (service)", 26)
+             << "key map (IR library)\n";
+    }
+    for (const auto& device : setup.Devices()) {
+        const std::string* keyMap = setup.KeyMap(device.codeset);
+        const auto& allowed = CApplianceTypes::AllowedKeys(device.type);
+        std::string accepts;
+        for (int key : allowed) accepts += (accepts.empty() ? "" : ",") + std::to_string(key);
+        if (device.type == "oic.d.airconditioner") accepts = "a state (ac)";
+        if (accepts.empty()) accepts = "-";
         if (json_) {
             JsonValue line;
             line["codeset"] = device.codeset;
             line["deviceIndex"] = device.deviceIndex;
             line["type"] = device.type;
-            line["keyMap"] = keyMap;
-            out_ << line.toString() << "\n";
+            JsonValue& keys = line["acceptedKeys"];
+            keys = JsonValue(common::json::kArray);
+            for (int key : allowed) keys.append(JsonValue(key));
+            const JsonValue parsed = keyMap != nullptr ? JsonValue::Create(*keyMap) : JsonValue();
+            if (keyMap == nullptr || !parsed.isNull()) {
+                line["keyMap"] = parsed;
+            } else {
+                line["keyMap"] = JsonValue();
+                line["keyMapText"] = *keyMap;
+            }
+            if (serving) {
+                all.append(std::move(line));
+            } else {
+                out_ << line.toString() << "\n";
+            }
         } else {
             out_ << Pad(device.type.empty() ? "?" : CApplianceTypes::ShortName(device.type), 12)
-                 << Pad(device.codeset, 12) << Pad("#" + std::to_string(device.deviceIndex), 7)
-                 << (keyMap.empty() ? "(no key map)" : keyMap) << "\n";
+                 << Pad(device.codeset, 12) << Pad("#" + std::to_string(device.deviceIndex), 7) << Pad(accepts, 26)
+                 << (keyMap == nullptr ? "(none)" : *keyMap) << "\n";
         }
+    }
+    if (json_ && serving) {
+        JsonValue line;
+        Tag(line, request);
+        line["command"] = "devices";
+        line["devices"] = std::move(all);
+        out_ << line.toString() << std::endl;
     }
 }
 

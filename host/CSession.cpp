@@ -1,14 +1,43 @@
 #include "CSession.h"
 
-#include <chrono>
+#include <algorithm>
 
 #include "CApplianceTypes.h"
-#include "CCommandLine.h"
+#include "CReason.h"
 #include "JsonValue.h"
 
 namespace ircontrol::host {
 
 using common::json::JsonValue;
+
+namespace {
+
+constexpr std::chrono::milliseconds kSlice(20);
+
+bool IsTransmission(const sim::IrCall& call) {
+    return call.function == sim::IrCall::Function::SendH || call.function == sim::IrCall::Function::SendZ ||
+           call.function == sim::IrCall::Function::Aircon;
+}
+
+sim::HostProperty PropertyOf(const RequestResult& result) {
+    const Request& r = result.request;
+    if (r.kind != RequestKind::Set || r.valueKind == "json") return sim::HostProperty::Json(result.property, result.payload);
+    if (r.valueKind == "int") return sim::HostProperty::Int(result.property, std::stoi(r.text));
+    if (r.valueKind == "bool") return sim::HostProperty::Bool(result.property, r.text == "true");
+    return sim::HostProperty::String(result.property, r.text);
+}
+
+void TakeAnswer(const sim::SetResult& answer, RequestResult& result) {
+    std::string code, description;
+    for (const auto& p : answer.properties) {
+        if (p.name == "errorCode") code = p.text;
+        if (p.name == "description") description = p.text;
+    }
+    result.answer = std::make_pair(code, description);
+    result.elapsed = std::chrono::duration_cast<std::chrono::microseconds>(answer.time - result.sent);
+}
+
+}  // namespace
 
 std::string CSession::KeyPayload(const std::string& type, const std::string& codeset, int key) {
     JsonValue payload;
@@ -31,81 +60,100 @@ std::string CSession::AcPayload(const std::string& codeset, const AcState& state
     return payload.toString();
 }
 
-Exchange CSession::Key(const std::string& type, const std::string& codeset, int key, int waitMs) {
-    Exchange exchange;
-    exchange.label = CApplianceTypes::ShortName(type);
-    exchange.summary = "key " + std::to_string(key) + " (" + codeset + ")";
-    exchange.property = "setKeyEvent";
-    exchange.payload = KeyPayload(type, codeset, key);
-    return send(exchange, sim::HostProperty::Json(exchange.property, exchange.payload), waitMs);
-}
-
-Exchange CSession::Ac(const std::string& codeset, const AcState& state) {
-    Exchange exchange;
-    exchange.label = "ac";
-    exchange.summary = state.power + " " + state.mode + " " + std::to_string(state.setpoint) + " " +
-                       state.fan + " (" + codeset + ")";
-    exchange.property = "setKeyEvent";
-    exchange.payload = AcPayload(codeset, state);
-    return send(exchange, sim::HostProperty::Json(exchange.property, exchange.payload), -1);
-}
-
-bool CSession::Set(const std::string& name, const std::string& kind, const std::string& value,
-                  Exchange& out, std::string& error, int waitMs) {
-    Exchange exchange;
-    exchange.label = name;
-    exchange.summary = kind + " " + (value.size() > 40 ? value.substr(0, 37) + "..." : value);
-    exchange.property = name;
-    exchange.payload = value;
-    sim::HostProperty property;
-    if (kind == "json") {
-        property = sim::HostProperty::Json(name, value);
-    } else if (kind == "string") {
-        property = sim::HostProperty::String(name, value);
-    } else if (kind == "int") {
-        int number = 0;
-        if (!CCommandLine::ParseInt(value, number)) {
-            error = "--value '" + value + "' is not an integer";
-            return false;
+RequestResult CSession::Describe(const Request& request) {
+    RequestResult result;
+    result.request = request;
+    switch (request.kind) {
+        case RequestKind::Key:
+            result.label = CApplianceTypes::ShortName(request.type);
+            result.summary = "key " + std::to_string(request.key) +
+                             (request.keyName.empty() ? "" : " " + request.keyName) + " (" + request.codeset + ")";
+            result.property = "setKeyEvent";
+            result.payload = KeyPayload(request.type, request.codeset, request.key);
+            break;
+        case RequestKind::Ac: {
+            const AcState& s = request.ac;
+            result.label = "ac";
+            result.summary = s.power + " " + s.mode + " " + std::to_string(s.setpoint) + " " + s.fan + " (" +
+                             request.codeset + ")";
+            result.property = "setKeyEvent";
+            result.payload = AcPayload(request.codeset, s);
+            break;
         }
-        property = sim::HostProperty::Int(name, number);
-    } else if (kind == "bool") {
-        if (value != "true" && value != "false") {
-            error = "--value must be true or false for --kind bool";
-            return false;
-        }
-        property = sim::HostProperty::Bool(name, value == "true");
-    } else {
-        error = "--kind must be json, string, int or bool, not '" + kind + "'";
-        return false;
+        case RequestKind::Set:
+            result.label = request.property;
+            result.summary = request.valueKind + " " +
+                             (request.text.size() > 24 ? request.text.substr(0, 21) + "..." : request.text);
+            result.property = request.property;
+            result.payload = request.text;
+            break;
+        case RequestKind::Devices:
+            result.label = "devices";
+            break;
     }
-    out = send(exchange, property, waitMs);
-    return true;
+    return result;
 }
 
-Exchange CSession::send(Exchange exchange, const sim::HostProperty& property, int waitMs) {
-    return SendList(std::move(exchange), {property}, waitMs);
+RequestResult CSession::Send(const Request& request) {
+    RequestResult result = Describe(request);
+    if (request.kind == RequestKind::Devices) {
+        CReason::Explain(result, timeoutMs_);
+        return result;
+    }
+    const sim::HostProperty property = PropertyOf(result);
+    return SendProperties(std::move(result), {property});
 }
 
-Exchange CSession::SendList(Exchange exchange, const std::vector<sim::HostProperty>& properties, int waitMs) {
-    sim::IrBlaster::ClearJournal();
-    exchange.transaction = sim::Host::SendSet("ircontrol", properties);
-    const int wait = waitMs >= 0 ? waitMs : timeoutMs_;
-    if (auto result = sim::Host::WaitResult(exchange.transaction, std::chrono::milliseconds(wait))) {
-        std::string code, description;
-        for (const auto& p : result->properties) {
-            if (p.name == "errorCode") code = p.text;
-            if (p.name == "description") description = p.text;
+RequestResult CSession::SendProperties(RequestResult result, const std::vector<sim::HostProperty>& properties) {
+    result.sent = std::chrono::steady_clock::now();
+    result.transaction = sim::Host::SendSet("ircontrol", properties);
+    // Waits in slices, so a request the service leaves unanswered on purpose (its log says so)
+    // does not hold the tool for the whole timeout.
+    const auto deadline = result.sent + std::chrono::milliseconds(timeoutMs_);
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (auto answer = sim::Host::WaitResult(result.transaction, std::min(left, kSlice))) {
+            TakeAnswer(*answer, result);
+            break;
         }
-        exchange.answer = std::make_pair(code, description);
+        collect(result, false);
+        CReason::Explain(result, timeoutMs_);
+        if (result.outcome == Outcome::Unanswered || left <= kSlice) break;
     }
-    for (const auto& call : sim::IrBlaster::Journal()) {
-        if (call.function == sim::IrCall::Function::SendH || call.function == sim::IrCall::Function::SendZ ||
-            call.function == sim::IrCall::Function::Aircon) {
-            exchange.transmissions.push_back(call);
-        }
+    collect(result, false);
+    CReason::Explain(result, timeoutMs_);
+    return result;
+}
+
+bool CSession::collect(RequestResult& result, bool late) const {
+    // The journal only grows, in order: what lies beyond the transmissions already taken is new.
+    std::vector<sim::IrCall> calls = sim::IrBlaster::JournalFor(result.transaction);
+    calls.erase(std::remove_if(calls.begin(), calls.end(), [](const sim::IrCall& c) { return !IsTransmission(c); }),
+                calls.end());
+    bool added = false;
+    for (std::size_t i = result.transmissions.size(); i < calls.size(); ++i) {
+        result.transmissions.push_back({calls[i], late});
+        added = true;
     }
-    return exchange;
+    const auto lines = sim::Log::LinesFor(result.transaction);
+    if (lines.size() > result.log.size()) {
+        result.log = lines;
+        added = true;
+    }
+    return added;
+}
+
+bool CSession::Refresh(RequestResult& result, std::chrono::milliseconds wait) const {
+    if (result.transaction == 0 || result.answer) return false;
+    bool added = false;
+    if (auto answer = sim::Host::WaitResult(result.transaction, wait)) {
+        TakeAnswer(*answer, result);
+        result.answerLate = true;
+        added = true;
+    }
+    added = collect(result, true) || added;
+    if (added) CReason::Explain(result, timeoutMs_);
+    return added;
 }
 
 }  // namespace ircontrol::host

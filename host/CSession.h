@@ -1,54 +1,44 @@
-// Drives the loaded plugin through the simulated host: builds each request, sends it on the
-// service "ircontrol", waits for its answer and collects what the IR blaster was asked to send.
-// One request at a time, on the calling thread; the plugin must be started (service present).
-// SendSet throws std::runtime_error when the service is gone; nothing else is thrown.
+// Drives the loaded plugin through the simulated host: turns a Request into the property set on
+// the service "ircontrol", waits for its answer and collects what the request's own job did (IR
+// transmissions, log lines), tied to it by the host transaction the plugin's worker serves.
+// Requests go one at a time from the calling thread; the plugin must be started. Send throws
+// std::runtime_error when the service is gone; nothing else is thrown.
 #pragma once
 
-#include <cstdint>
-#include <optional>
+#include <chrono>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "Request.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol::host {
-
-struct Exchange {
-    std::string label;      // appliance kind or property, for display
-    std::string summary;    // what was asked, in a few words
-    std::string property;   // the property set
-    std::string payload;    // its text as sent
-    uint64_t transaction = 0;
-    std::optional<std::pair<std::string, std::string>> answer;  // errorCode, description
-    std::vector<sim::IrCall> transmissions;
-};
-
-struct AcState {
-    std::string power = "ON";
-    std::string mode = "COLD";
-    int setpoint = 24;
-    std::string fan = "AUTO";
-};
 
 class CSession {
 public:
     explicit CSession(int timeoutMs) : timeoutMs_(timeoutMs) {}
 
-    Exchange Key(const std::string& type, const std::string& codeset, int key, int waitMs = -1);
-    Exchange Ac(const std::string& codeset, const AcState& state);
-    // kind: json, string, int or bool; false with a reason if the value does not fit the kind.
-    bool Set(const std::string& name, const std::string& kind, const std::string& value,
-             Exchange& out, std::string& error, int waitMs = -1);
+    // Sends a key, ac or set request and waits up to the timeout for its answer. The result has
+    // its outcome and, unless it is ok, a one-line reason.
+    RequestResult Send(const Request& request);
+    // Sends several properties in one set request, as a host may; `described` names them (label,
+    // summary, property, payload) and has a Set request. Waits and explains as Send does.
+    RequestResult SendProperties(RequestResult described, const std::vector<sim::HostProperty>& properties);
+    // Looks again at a result that had no answer in time, waiting up to `wait` for one: takes in a
+    // late answer, the transmissions and log lines that came since (marked late). True if
+    // anything was added.
+    bool Refresh(RequestResult& result, std::chrono::milliseconds wait) const;
 
-    // Several properties in one request, as a host may send them; the exchange describes them.
-    Exchange SendList(Exchange exchange, const std::vector<sim::HostProperty>& properties, int waitMs = -1);
-
+    // What a request sends, without sending it: label, summary, property and payload.
+    static RequestResult Describe(const Request& request);
     static std::string KeyPayload(const std::string& type, const std::string& codeset, int key);
     static std::string AcPayload(const std::string& codeset, const AcState& state);
 
+    int TimeoutMs() const { return timeoutMs_; }
+
 private:
-    Exchange send(Exchange exchange, const sim::HostProperty& property, int waitMs);
+    // Takes in what the simulator holds for the result's transaction; true if anything was new.
+    bool collect(RequestResult& result, bool late) const;
 
     int timeoutMs_;
 };

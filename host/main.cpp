@@ -15,6 +15,10 @@ using ircontrol::host::CCommandLine;
 int main(int argc, char** argv) {
     try {
         ircontrol::host::Options options = CCommandLine::Parse({argv + 1, argv + argc});
+        if (options.version && options.error.empty()) {
+            std::cout << CCommandLine::Version() << "\n";
+            return 0;
+        }
         if (options.help) {
             const auto* info = CCommandLine::FindCommand(options.command);
             std::cout << (info != nullptr ? CCommandLine::CommandUsage(*info) : CCommandLine::Usage());

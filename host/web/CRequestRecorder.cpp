@@ -21,38 +21,24 @@ std::string Utf8(const std::string& text) {
     return valid.get();
 }
 
-JsonValue LineJson(uint64_t id, const sim::LogLine& line) {
-    JsonValue event;
-    event["type"] = "log";
-    event["id"] = static_cast<long long>(id);
-    event["priority"] = line.priority;
-    event["tag"] = Utf8(line.tag);
-    event["text"] = Utf8(line.text);
-    return event;
+JsonValue LineJson(const sim::LogLine& line) {
+    JsonValue entry;
+    entry["priority"] = line.priority;
+    entry["tag"] = Utf8(line.tag);
+    entry["text"] = Utf8(line.text);
+    return entry;
 }
 
 }  // namespace
 
-std::string CRequestRecorder::LastError(const std::vector<sim::LogLine>& lines) {
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-        if (line->priority < 6) continue;
-        // "File.cpp : Function(12)  message": the message is what a reader needs.
-        const std::size_t gap = line->text.find("  ");
-        std::string message = gap == std::string::npos ? line->text : line->text.substr(gap + 2);
-        while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
-        return Utf8(message);
-    }
-    return std::string();
-}
-
-CRequestRecorder::CRequestRecorder(int irDelayMs, int timeoutMs, Publish publish, std::ostream* echo, bool colour)
-    : irDelayMs_(irDelayMs), timeoutMs_(timeoutMs), origin_(Clock::now()), capture_(std::make_shared<Capture>()) {
+CRequestRecorder::CRequestRecorder(Publish publish, std::ostream* echo, bool colour)
+    : origin_(Clock::now()), capture_(std::make_shared<Capture>()) {
     capture_->publish = std::move(publish);
     capture_->echo = echo;
     capture_->colour = colour;
     std::weak_ptr<Capture> weak = capture_;
-    // Lines come from the plugin's worker thread (and the host's); a line outside a request is
-    // published on its own.
+    // Lines come from the plugin's worker thread and the host's; they are shown live under the
+    // web request being served (the result carries the simulator's exact attribution).
     sim::Log::SetListener([weak](const sim::LogLine& line) {
         auto capture = weak.lock();
         if (!capture) return;
@@ -60,21 +46,14 @@ CRequestRecorder::CRequestRecorder(int irDelayMs, int timeoutMs, Publish publish
         if (capture->echo != nullptr) {
             *capture->echo << CLogEcho::Format(line.priority, line.tag, line.text, capture->colour) << std::endl;
         }
-        if (capture->current != 0) capture->lines.push_back(line);
-        capture->publish(LineJson(capture->current, line).toString());
-    });
-    sim::Host::SetResultListener([weak](const sim::SetResult& result) {
-        auto capture = weak.lock();
-        if (!capture) return;
-        std::lock_guard<std::mutex> lock(capture->mutex);
-        capture->answers[result.transaction] = Clock::now();
+        JsonValue event = LineJson(line);
+        event["type"] = "log";
+        event["id"] = static_cast<long long>(capture->current);
+        capture->publish(event.toString());
     });
 }
 
-CRequestRecorder::~CRequestRecorder() {
-    sim::Log::SetListener(nullptr);
-    sim::Host::SetResultListener(nullptr);
-}
+CRequestRecorder::~CRequestRecorder() { sim::Log::SetListener(nullptr); }
 
 void CRequestRecorder::Announce(JsonValue event) {
     event["time_ms"] = Ms(Clock::now() - origin_);
@@ -82,54 +61,34 @@ void CRequestRecorder::Announce(JsonValue event) {
 }
 
 JsonValue CRequestRecorder::Run(uint64_t id, const JsonValue& request, const Send& send) {
-    const Clock::time_point start = Clock::now();
     JsonValue started;
     started["type"] = "request";
     started["id"] = static_cast<long long>(id);
     started["request"] = request;
-    started["time_ms"] = Ms(start - origin_);
+    started["time_ms"] = Ms(Clock::now() - origin_);
     capture_->publish(started.toString());
     {
         std::lock_guard<std::mutex> lock(capture_->mutex);
         capture_->current = id;
-        capture_->lines.clear();
-        capture_->answers.clear();
     }
-    Exchange exchange;
+    RequestResult outcome;
     std::string error;
-    const bool sent = send(exchange, error);
-    std::vector<sim::LogLine> lines;
-    Clock::time_point answered = Clock::now();
+    const bool sent = send(outcome, error);
     {
         std::lock_guard<std::mutex> lock(capture_->mutex);
         capture_->current = 0;
-        lines.swap(capture_->lines);
-        const auto found = capture_->answers.find(exchange.transaction);
-        if (sent && found != capture_->answers.end()) answered = found->second;
     }
-    JsonValue result = sent ? Describe(exchange, start, answered, irDelayMs_) : JsonValue(common::json::kObject);
-    result["id"] = static_cast<long long>(id);
-    result["request"] = request;
-    // A request the plugin refuses or drops says why in its last error line.
-    const std::string why = LastError(lines);
-    if (!sent) {
+    JsonValue result;
+    if (sent) {
+        result = Describe(id, outcome);
+    } else {
+        result["id"] = static_cast<long long>(id);
         result["error"] = error;
-    } else if (!exchange.answer) {
-        result["reason"] = "no answer within " + std::to_string(timeoutMs_) + " ms" + (why.empty() ? "" : ": " + why);
-        result["why"] = why;
-    } else if (exchange.answer->first != "ok") {
-        result["why"] = why;
+        result["status"] = 400;
     }
-    JsonValue& log = result["log"];
-    log = JsonValue(common::json::kArray);
-    for (const auto& line : lines) {
-        JsonValue entry = LineJson(id, line);
-        entry.removeMember("type");
-        entry.removeMember("id");
-        log.append(std::move(entry));
-    }
-    for (unsigned i = 0; i < result["transmissions"].size(); ++i) {
-        JsonValue event = result["transmissions"][i];
+    result["request"] = request;
+    for (unsigned i = 0; i < result["ir"].size(); ++i) {
+        JsonValue event = result["ir"][i];
         event["type"] = "transmission";
         event["id"] = static_cast<long long>(id);
         capture_->publish(event.toString());
@@ -141,44 +100,25 @@ JsonValue CRequestRecorder::Run(uint64_t id, const JsonValue& request, const Sen
     return result;
 }
 
-JsonValue CRequestRecorder::Describe(const Exchange& exchange, Clock::time_point start, Clock::time_point answered,
-                                     int irDelayMs) {
-    JsonValue result;
-    result["label"] = exchange.label;
-    result["summary"] = Utf8(exchange.summary);
-    result["property"] = Utf8(exchange.property);
-    result["payload"] = Utf8(exchange.payload);
-    result["transaction"] = static_cast<long long>(exchange.transaction);
-    if (exchange.answer) {
-        result["answer"]["errorCode"] = exchange.answer->first;
-        result["answer"]["description"] = exchange.answer->second;
-        result["reason"] = exchange.answer->first == "ok" ? "ok" : exchange.answer->first + ": " + exchange.answer->second;
-        result["answer_ms"] = Ms(answered - start);
-    } else {
-        result["answer"] = JsonValue();
+JsonValue CRequestRecorder::Describe(uint64_t id, const RequestResult& result) {
+    JsonValue described = JsonValue::Create(CPrinter::ResultJson(result));
+    if (described.type() != common::json::kObject) {
+        // Only bytes that are not UTF-8 (from a key map file, say) can make it unreadable.
+        described = JsonValue(common::json::kObject);
+        described["outcome"] = ToString(result.outcome);
+        described["reason"] = Utf8(result.reason);
     }
-    JsonValue& list = result["transmissions"];
-    list = JsonValue(common::json::kArray);
-    for (const auto& call : exchange.transmissions) {
-        JsonValue entry;
-        entry["function"] = sim::ToString(call.function);
-        entry["text"] = CPrinter::Transmission(call);
-        entry["deviceIndex"] = call.deviceIndex;
-        if (call.function == sim::IrCall::Function::Aircon) {
-            entry["power"] = call.power;
-            entry["mode"] = call.mode;
-            entry["setpoint"] = call.coolingSetpoint;
-            entry["fan"] = call.fanSpeed;
-        } else {
-            entry["key"] = call.key;
-        }
-        // The simulated blaster holds the sender for the whole on-air time from the call on.
-        entry["start_ms"] = Ms(call.time - start);
-        entry["end_ms"] = Ms(call.time - start) + irDelayMs;
-        list.append(std::move(entry));
+    described["id"] = static_cast<long long>(id);
+    described["label"] = Utf8(result.label);
+    described["summary"] = Utf8(result.summary);
+    JsonValue& ir = described["ir"];
+    for (unsigned i = 0; i < ir.size() && i < result.transmissions.size(); ++i) {
+        ir[i]["text"] = CPrinter::Transmission(result.transmissions[i].call);
     }
-    result["elapsed_ms"] = Ms((exchange.answer ? answered : Clock::now()) - start);
-    return result;
+    JsonValue& log = described["log"];
+    log = JsonValue(common::json::kArray);
+    for (const auto& line : result.log) log.append(LineJson(line));
+    return described;
 }
 
 }  // namespace ircontrol::host

@@ -1,11 +1,12 @@
 #include "CWebApi.h"
 
+#include <cstdint>
 #include <exception>
 #include <utility>
 #include <vector>
 
 #include "CApplianceTypes.h"
-#include "CCommandLine.h"
+#include "CRequestParser.h"
 
 namespace ircontrol::host {
 namespace {
@@ -39,9 +40,8 @@ bool MethodIn(const std::string& method, const std::string& allowed) {
 
 }  // namespace
 
-CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
-                 RequestModel model)
-    : runner_(runner), recorder_(recorder), session_(session), setup_(setup), model_(std::move(model)) {}
+CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup)
+    : runner_(runner), recorder_(recorder), session_(session), setup_(setup) {}
 
 std::string CWebApi::Allowed(const std::string& path) {
     if (path == "/api/requests" || path == "/api/key" || path == "/api/ac") return "POST";
@@ -87,21 +87,18 @@ void CWebApi::request(const JsonValue& body, bool wait, Done done) {
         return done(Error(400, "the body must be an object {\"name\", \"value\"} or a list of properties"));
     }
     if (body.isMember("properties")) return properties(body["properties"], wait, done);
-    if (!body.isMember("value")) return done(Error(400, "\"value\" is required"));
-    Values values;
-    values["name"] = body.isMember("name") ? Text(body["name"]) : "setKeyEvent";
-    values["value"] = Text(body["value"]);
-    values["kind"] = body.isMember("kind") ? Text(body["kind"]) : "json";
-    submit("set", values, body, wait, done);
+    JsonValue line = body;
+    line["command"] = "set";
+    // A value given as JSON is sent as its text.
+    if (body.isMember("value") && !body["value"].isString()) line["value"] = body["value"].toString();
+    submit(line, wait, done);
 }
 
 void CWebApi::shortcut(const std::string& command, const JsonValue& body, bool wait, Done done) {
     if (body.type() != common::json::kObject) return done(Error(400, "the body must be a JSON object"));
-    Values values;
-    for (const auto& name : body.getMemberNames()) values[name] = Text(body[name]);
-    JsonValue request = body;
-    request["command"] = command;
-    submit(command, values, request, wait, done);
+    JsonValue line = body;
+    line["command"] = command;
+    submit(line, wait, done);
 }
 
 void CWebApi::properties(const JsonValue& list, bool wait, Done done) {
@@ -109,8 +106,9 @@ void CWebApi::properties(const JsonValue& list, bool wait, Done done) {
         return done(Error(400, "\"properties\" must be a non-empty list"));
     }
     std::vector<sim::HostProperty> properties;
-    Exchange exchange;
-    exchange.label = "properties";
+    RequestResult described;
+    described.request.kind = RequestKind::Set;
+    described.label = "properties";
     for (unsigned i = 0; i < list.size(); ++i) {
         const JsonValue& entry = list[i];
         const std::string where = "properties[" + std::to_string(i) + "]";
@@ -120,38 +118,50 @@ void CWebApi::properties(const JsonValue& list, bool wait, Done done) {
         const std::string name = entry.isMember("name") ? Text(entry["name"]) : "setKeyEvent";
         const std::string kind = entry.isMember("kind") ? Text(entry["kind"]) : "json";
         const std::string value = Text(entry["value"]);
-        int number = 0;
+        long long number = 0;
         if (kind == "json") {
             properties.push_back(sim::HostProperty::Json(name, value));
         } else if (kind == "string") {
             properties.push_back(sim::HostProperty::String(name, value));
-        } else if (kind == "int" && CCommandLine::ParseInt(value, number)) {
-            properties.push_back(sim::HostProperty::Int(name, number));
+        } else if (kind == "int" && CRequestParser::ParseInteger(value, INT32_MIN, INT32_MAX, number) ==
+                                        CRequestParser::Number::Ok) {
+            properties.push_back(sim::HostProperty::Int(name, static_cast<int>(number)));
         } else if (kind == "bool" && (value == "true" || value == "false")) {
             properties.push_back(sim::HostProperty::Bool(name, value == "true"));
         } else {
             return done(Error(400, where + ": \"" + value + "\" is not a value of kind \"" + kind +
                                        "\" (json, string, int or bool)"));
         }
-        exchange.property += (i == 0 ? "" : ",") + name;
+        described.property += (i == 0 ? "" : ",") + name;
     }
-    exchange.summary = std::to_string(properties.size()) + " properties";
-    exchange.payload = list.toString();
+    described.summary = std::to_string(properties.size()) + " properties";
+    described.payload = list.toString();
+    described.request.property = described.property;
+    described.request.text = described.payload;
     JsonValue request;
     request["properties"] = list;
     enqueue(request, wait,
-            [this, exchange, properties](Exchange& out, std::string&) {
-                out = session_.SendList(exchange, properties);
+            [this, described, properties](RequestResult& out, std::string&) {
+                out = session_.SendProperties(described, properties);
                 return true;
             },
             done);
 }
 
-void CWebApi::submit(const std::string& command, const Values& values, const JsonValue& request, bool wait,
-                     Done done) {
-    RequestModel model = model_;
-    enqueue(request, wait,
-            [model, command, values](Exchange& out, std::string& error) { return model(command, values, out, error); },
+void CWebApi::submit(const JsonValue& line, bool wait, Done done) {
+    const std::string text = line.toString();
+    enqueue(line, wait,
+            [this, text](RequestResult& out, std::string& error) {
+                const CRequestParser parser(setup_, CRequestParser::Style::Json);
+                Request request;
+                if (!parser.ParseLine(text, 0, request, error)) return false;
+                if (request.kind == RequestKind::Devices) {
+                    error = "devices: use GET /api/devices";
+                    return false;
+                }
+                out = session_.Send(request);
+                return true;
+            },
             done);
 }
 
@@ -159,10 +169,8 @@ void CWebApi::enqueue(const JsonValue& request, bool wait, CRequestRecorder::Sen
     const uint64_t id = recorder_.NextId();
     const bool posted = runner_.Post([this, id, request, send, wait, done] {
         try {
-            JsonValue result = recorder_.Run(id, request, send);
-            const bool refused = result.isMember("error");
-            if (refused) result["status"] = 400;
-            if (wait) done(WebReply{refused ? 400u : 200u, result.toString(), ""});
+            const JsonValue result = recorder_.Run(id, request, send);
+            if (wait) done(WebReply{result.isMember("error") ? 400u : 200u, result.toString(), ""});
         } catch (const std::exception& e) {
             if (wait) done(Error(500, std::string("the request failed: ") + e.what()));
         }
@@ -207,15 +215,13 @@ JsonValue CWebApi::devicesJson() const {
         entry["device_index"] = device.deviceIndex;
         entry["type"] = device.type;
         entry["kind"] = CApplianceTypes::ShortName(device.type);
-        const std::vector<int> allowed = CApplianceTypes::AllowedKeys(device.type);
+        const std::vector<int>& allowed = CApplianceTypes::AllowedKeys(device.type);
         entry["allowed"] = IntList(allowed);
         JsonValue keys(common::json::kArray);
-        entry["keyMap"] = JsonValue();
-        for (const auto& [codeset, keyMap] : setup_.Catalogue()) {
-            if (codeset != device.codeset) continue;
-            entry["keyMap"] = keyMap;
-            const JsonValue map = JsonValue::Create(keyMap);
-            if (map.type() != common::json::kObject) break;
+        const std::string* keyMap = setup_.KeyMap(device.codeset);
+        entry["keyMap"] = keyMap != nullptr ? JsonValue(*keyMap) : JsonValue();
+        const JsonValue map = keyMap != nullptr ? JsonValue::Create(*keyMap) : JsonValue();
+        if (map.type() == common::json::kObject) {
             for (const auto& name : map.getMemberNames()) {
                 if (!map[name].isInt()) continue;
                 JsonValue key;

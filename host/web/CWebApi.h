@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <string>
 
 #include "CJobRunner.h"
@@ -23,16 +22,13 @@ struct WebReply {
     std::string allow;  // Allow header of a 405
 };
 
+// Requests are parsed by the tool's one request parser, as serve's JSON lines are, and sent by
+// its session; the parser runs on the worker, beside the pairing-list edits it reads.
 class CWebApi {
 public:
-    using Values = std::map<std::string, std::string>;
-    // The tool's one request model: builds and sends a key, ac or set request from named values.
-    using RequestModel = std::function<bool(const std::string& command, const Values& values, Exchange& out,
-                                            std::string& error)>;
     using Done = std::function<void(WebReply reply)>;
 
-    CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
-            RequestModel model);
+    CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup);
 
     // `body` is already checked to be UTF-8 JSON text of bounded size and depth (or empty).
     void Handle(const std::string& method, const std::string& path, bool wait, const std::string& body, Done done);
@@ -48,8 +44,8 @@ private:
     void properties(const common::json::JsonValue& list, bool wait, Done done);
     void devices(Done done);
     void putDevices(const std::string& body, Done done);
-    void submit(const std::string& command, const Values& values, const common::json::JsonValue& request, bool wait,
-                Done done);
+    // Sends one serve-style JSON line ({"command": ..., values}) through the request parser.
+    void submit(const common::json::JsonValue& line, bool wait, Done done);
     void enqueue(const common::json::JsonValue& request, bool wait, CRequestRecorder::Send send, Done done);
     common::json::JsonValue devicesJson() const;  // worker thread
 
@@ -57,7 +53,6 @@ private:
     CRequestRecorder& recorder_;
     CSession& session_;
     CPlatformSetup& setup_;
-    RequestModel model_;
 };
 
 }  // namespace ircontrol::host

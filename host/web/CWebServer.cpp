@@ -41,16 +41,14 @@ void OnGotChunk(SoupServerMessage* message, GBytes* chunk, gpointer) {
 
 }  // namespace
 
-CWebServer::CWebServer(const WebOptions& options, CSession& session, CPlatformSetup& setup,
-                       CWebApi::RequestModel model)
+CWebServer::CWebServer(const WebOptions& options, CSession& session, CPlatformSetup& setup)
     : options_(options),
       context_(g_main_context_new()),
       loop_(g_main_loop_new(context_.get(), FALSE)),
       hub_(context_.get(), options.maxStreams, 400),
-      recorder_(options.irDelayMs, options.timeoutMs, [this](const std::string& json) { hub_.Publish(json); },
-                options.echo, options.colour),
+      recorder_([this](const std::string& json) { hub_.Publish(json); }, options.echo, options.colour),
       runner_(options.maxQueued),
-      api_(runner_, recorder_, session, setup, std::move(model)) {
+      api_(runner_, recorder_, session, setup) {
     // The server's sockets attach to the thread-default context when it listens.
     g_main_context_push_thread_default(context_.get());
 }

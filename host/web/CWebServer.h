@@ -25,7 +25,6 @@ namespace ircontrol::host {
 
 struct WebOptions {
     std::string listen = "127.0.0.1:8088";
-    int irDelayMs = 0;
     int timeoutMs = 2000;
     std::ostream* echo = nullptr;  // --verbose: the plugin's log lines
     bool colour = false;
@@ -35,7 +34,7 @@ struct WebOptions {
 
 class CWebServer {
 public:
-    CWebServer(const WebOptions& options, CSession& session, CPlatformSetup& setup, CWebApi::RequestModel model);
+    CWebServer(const WebOptions& options, CSession& session, CPlatformSetup& setup);
     ~CWebServer();
     CWebServer(const CWebServer&) = delete;
     CWebServer& operator=(const CWebServer&) = delete;

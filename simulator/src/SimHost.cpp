@@ -127,10 +127,15 @@ Target Prepare(const std::string& name) {
 uint64_t Host::SendSet(const std::string& service, const std::vector<HostProperty>& properties) {
     Target t = Prepare(service);
     SimList* list = BuildList(properties);
+    list->origin = t.transaction;
+    // The calling thread serves the request for as long as the callback runs.
+    const uint64_t outer = internal::ServingTransaction();
+    internal::SetServingTransaction(t.transaction);
     if (t.service.onSet != nullptr) {
         t.service.onSet(t.handle, reinterpret_cast<vyrf_transaction_h>(t.transaction), list,
                         t.service.userData);
     }
+    internal::SetServingTransaction(outer);
     DeleteList(list);  // the host's list lives only for the callback
     return t.transaction;
 }
@@ -208,6 +213,8 @@ void Host::ClearFaults() {
     std::lock_guard<std::mutex> lock(State().mutex);
     State().faults.clear();
 }
+
+uint64_t Host::ServingTransaction() { return internal::ServingTransaction(); }
 
 std::size_t Host::LiveLists() { return gLiveLists.load(); }
 std::size_t Host::LiveProperties() { return gLiveProperties.load(); }
@@ -300,6 +307,7 @@ extern "C" vyrf_error vyrf_service_send_set_property_result(vyrf_service_h servi
     SimList* taken = CheckedList(list, __func__);
     sim::SetResult result;
     result.transaction = reinterpret_cast<uint64_t>(transaction);
+    result.time = std::chrono::steady_clock::now();
     result.service = service;
     result.error = error;
     if (taken != nullptr) {
@@ -317,6 +325,8 @@ extern "C" vyrf_error vyrf_service_send_set_property_result(vyrf_service_h servi
         listener = s.listener;
     }
     State().resultArrived.notify_all();
+    // Answering ends the thread's service of that request; what it logs next is not the request's.
+    if (sim::internal::ServingTransaction() == result.transaction) sim::internal::SetServingTransaction(0);
     if (listener) listener(result);
     return (!result.serviceAlive || failed || taken == nullptr) ? -1 : 0;
 }

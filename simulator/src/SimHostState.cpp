@@ -3,7 +3,23 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "SimInternal.h"
+
+namespace sim {
+namespace {
+thread_local uint64_t tServing = 0;
+}  // namespace
+
+uint64_t internal::ServingTransaction() { return tServing; }
+void internal::SetServingTransaction(uint64_t transaction) { tServing = transaction; }
+
+}  // namespace sim
+
 namespace sim::hostimpl {
+
+void NoteRead(const SimList* list) {
+    if (list != nullptr && list->origin != 0) tServing = list->origin;
+}
 
 std::atomic<std::size_t> gLiveLists{0};
 std::atomic<std::size_t> gLiveProperties{0};

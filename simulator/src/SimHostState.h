@@ -41,6 +41,7 @@ struct SimProperty {
 
 struct SimList {
     std::deque<std::unique_ptr<SimProperty>> items;
+    uint64_t origin = 0;  // the transaction whose request this list is (or is a copy of); 0 none
     SimList() { ++gLiveLists; }
     ~SimList() { --gLiveLists; }
 };
@@ -80,6 +81,8 @@ SimService* LiveService(HostState& s, vyrf_service_h handle);
 // The list behind a handle; aborts on a list that does not exist. Takes the lock.
 SimList* CheckedList(vyrf_property_list_h handle, const char* function);
 SimList* NewList();
+// The calling thread reads `list`: a list of a request makes the thread serve that request.
+void NoteRead(const SimList* list);
 void DeleteList(SimList* list);
 
 }  // namespace sim::hostimpl

@@ -53,10 +53,12 @@ void Record(IrCall call) {
     {
         std::lock_guard<std::mutex> lock(s.mutex);
         call.time = std::chrono::steady_clock::now();
+        call.transaction = internal::ServingTransaction();
         if (IsTransmission(call.function)) {
             ++s.transmissions;
             delay = s.delay;
         }
+        call.onAirEnd = call.time + delay;
         if (s.journalEnabled) s.journal.push_back(std::move(call));
     }
     s.changed.notify_all();
@@ -91,6 +93,15 @@ const char* ToString(IrCall::Function function) {
 std::vector<IrCall> IrBlaster::Journal() {
     std::lock_guard<std::mutex> lock(State().mutex);
     return State().journal;
+}
+
+std::vector<IrCall> IrBlaster::JournalFor(uint64_t transaction) {
+    std::lock_guard<std::mutex> lock(State().mutex);
+    std::vector<IrCall> out;
+    for (const auto& call : State().journal) {
+        if (call.transaction == transaction) out.push_back(call);
+    }
+    return out;
 }
 
 void IrBlaster::ClearJournal() {

@@ -47,6 +47,16 @@ std::vector<LogLine> Log::Lines() {
     return {s.lines.begin(), s.lines.end()};
 }
 
+std::vector<LogLine> Log::LinesFor(uint64_t transaction) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    std::vector<LogLine> out;
+    for (const auto& line : s.lines) {
+        if (line.transaction == transaction) out.push_back(line);
+    }
+    return out;
+}
+
 void Log::Clear() {
     auto& s = State();
     std::lock_guard<std::mutex> lock(s.mutex);
@@ -119,7 +129,8 @@ extern "C" int dlog_print(log_priority prio, const char* tag, const char* fmt, .
     }
     va_end(args);
 
-    sim::LogLine line{static_cast<int>(prio), tag != nullptr ? tag : "", std::move(text)};
+    sim::LogLine line{static_cast<int>(prio), tag != nullptr ? tag : "", std::move(text),
+                      sim::internal::ServingTransaction()};
     std::function<void(const sim::LogLine&)> listener;
     {
         auto& s = state;

@@ -3,6 +3,7 @@
 #include <vyrf.h>
 
 #include "SimHostState.h"
+#include "SimInternal.h"
 
 using sim::HostFault;
 using namespace sim::hostimpl;
@@ -24,7 +25,9 @@ extern "C" vyrf_property_list_h vyrf_property_list_copy(vyrf_property_list_h lis
         std::lock_guard<std::mutex> lock(s.mutex);
         if (Fails(s, HostFault::ListCopy)) return nullptr;
     }
+    NoteRead(source);
     SimList* copy = NewList();
+    copy->origin = source->origin;
     for (const auto& item : source->items) copy->items.push_back(std::make_unique<SimProperty>(*item));
     return copy;
 }
@@ -45,6 +48,7 @@ extern "C" vyrf_error vyrf_property_list_push_property(vyrf_property_list_h list
 extern "C" vyrf_error vyrf_property_list_pop(vyrf_property_list_h list, VYRF_PROPERTY_H* property,
                                              vyrf_error* error) {
     SimList* target = CheckedList(list, __func__);
+    NoteRead(target);
     if (property != nullptr) *property = nullptr;
     if (error != nullptr) *error = 0;
     if (target == nullptr || target->items.empty()) return -1;
@@ -60,6 +64,7 @@ extern "C" vyrf_error vyrf_property_list_pop(vyrf_property_list_h list, VYRF_PRO
 
 extern "C" VYRF_PROPERTY_H vyrf_property_list_find(vyrf_property_list_h list, vyrf_string name) {
     SimList* target = CheckedList(list, __func__);
+    NoteRead(target);
     if (target == nullptr) return nullptr;
     const std::string key = Text(name);
     for (const auto& item : target->items) {
@@ -70,6 +75,7 @@ extern "C" VYRF_PROPERTY_H vyrf_property_list_find(vyrf_property_list_h list, vy
 
 extern "C" VYRF_PROPERTY_H vyrf_property_list_get_first(vyrf_property_list_h list) {
     SimList* target = CheckedList(list, __func__);
+    NoteRead(target);
     if (target == nullptr || target->items.empty()) return nullptr;
     return target->items.front().get();
 }
@@ -77,6 +83,7 @@ extern "C" VYRF_PROPERTY_H vyrf_property_list_get_first(vyrf_property_list_h lis
 extern "C" VYRF_PROPERTY_H vyrf_property_list_get_next(vyrf_property_list_h list,
                                                        VYRF_PROPERTY_H property) {
     SimList* target = CheckedList(list, __func__);
+    NoteRead(target);
     if (target == nullptr || property == nullptr) return nullptr;
     for (std::size_t i = 0; i + 1 < target->items.size(); ++i) {
         if (target->items[i].get() == property) return target->items[i + 1].get();
@@ -86,6 +93,7 @@ extern "C" VYRF_PROPERTY_H vyrf_property_list_get_next(vyrf_property_list_h list
 
 extern "C" bool vyrf_property_list_empty(vyrf_property_list_h list) {
     SimList* target = CheckedList(list, __func__);
+    NoteRead(target);
     return target == nullptr || target->items.empty();
 }
 

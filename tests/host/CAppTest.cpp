@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <map>
 #include <fstream>
 #include <sstream>
 
@@ -59,11 +61,19 @@ TEST(CAppTest, KeyReportsWhatTheBlasterSent) {
     EXPECT_TRUE(seen);
 }
 
-TEST(CAppTest, RefusedAndUnansweredRequestsExitNonZero) {
-    EXPECT_EQ(RunApp({"key", "--type", "fan", "--key", "39"}).status, 1);
+TEST(CAppTest, RefusedAndUnansweredRequestsExitNonZeroWithTheirReason) {
+    const Outcome refused = RunApp({"key", "--type", "fan", "--key", "39"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.out.find("reason: unsupported key (code 5)"), std::string::npos) << refused.out;
+    EXPECT_EQ(refused.err, "ircontrol-host: refused: unsupported key (code 5)\n");
+    const Outcome json = RunApp({"--json", "key", "--type", "fan", "--key", "39"});
+    EXPECT_EQ(JsonValue::Create(json.out)["reason"].asString(), "unsupported key (code 5)");
+    // Left unanswered on purpose: said so, not blamed on the timeout.
     const Outcome silent = RunApp({"--timeout", "200", "set", "--value", R"({"x.com.korvan.codesetKey":1})"});
     EXPECT_EQ(silent.status, 1);
-    EXPECT_NE(silent.out.find("no answer"), std::string::npos);
+    EXPECT_NE(silent.out.find("unanswered reason: no \"x.com.korvan.deviceType\" in the payload"), std::string::npos)
+        << silent.out;
+    EXPECT_EQ(silent.out.find("within"), std::string::npos) << silent.out;
     const Outcome ac = RunApp({"ac", "--mode", "HEAT", "--setpoint", "-5"});
     EXPECT_EQ(ac.status, 0);
     EXPECT_NE(ac.out.find("aircon  #5 mode=heat power=on setpoint=-5 fan=auto"), std::string::npos);
@@ -71,15 +81,19 @@ TEST(CAppTest, RefusedAndUnansweredRequestsExitNonZero) {
 
 TEST(CAppTest, UserMistakesGetAClearMessage) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-        {{"key", "--type", "toaster", "--key", "1"}, "key: unknown --type 'toaster'"},
-        {{"key", "--type", "fan"}, "key: --key needs a key code"},
-        {{"key", "--type", "oic.d.lamp", "--key", "1"}, "key: no paired oic.d.lamp; give --codeset"},
+        {{"key", "--type", "fan", "--key", "99999999999999999999"},
+         "key: --key 99999999999999999999 is out of range (a key code is at most 2147483647)"},
+        {{"key", "--type", "fan", "--key", "boost"},
+         "key: 'boost' is neither a key code nor a key name in HFAN0001's key map "
+         "(power, speed_up, speed_down, swing, timer, mode)"},
         {{"set", "--kind", "bool", "--value", "maybe"}, "set: --value must be true or false for --kind bool"},
-        {{"--devices", "/no/such/file", "demo"}, "cannot read --devices file /no/such/file"},
+        {{"--devices", "/no/such/file", "demo"}, "cannot read --devices file /no/such/file: no such file"},
+        {{"--devices", IRC_BINARY_DIR, "demo"},
+         std::string("cannot read --devices file ") + IRC_BINARY_DIR + ": it is a directory"},
     };
     for (const auto& [args, message] : cases) {
         const Outcome run = RunApp(args);
-        EXPECT_NE(run.status, 0);
+        EXPECT_EQ(run.status, 2) << message;
         EXPECT_EQ(run.err, "ircontrol-host: " + message + "\n");
     }
     Options options = CCommandLine::Parse({"--plugin", "/no/plugin.so", "demo"});
@@ -100,43 +114,128 @@ TEST(CAppTest, PairingFileReplacesTheDefaults) {
     std::remove(path.c_str());
 }
 
-TEST(CAppTest, ServeAnswersEachLineInOrder) {
-    const Outcome run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13}\n"
-                                      "not json\n\n"
-                                      "{\"command\":\"ac\",\"fan\":\"TURBO\"}\n"
-                                      "{\"command\":\"set\",\"name\":\"setDeviceEvent\",\"value\":\"{}\"}\n"
-                                      "{\"command\":\"key\",\"type\":\"fan\",\"key\":\"x\"}\n");
-    EXPECT_EQ(run.status, 0);
-    std::istringstream lines(run.out);
-    std::vector<JsonValue> answers;
-    for (std::string line; std::getline(lines, line);) answers.push_back(JsonValue::Create(line));
-    ASSERT_EQ(answers.size(), 5u);
-    EXPECT_EQ(answers[0]["answer"]["errorCode"].asString(), "ok");
-    EXPECT_EQ(answers[0]["ir"][0u]["key"].asInt(), 13);
-    EXPECT_EQ(answers[1]["error"].asString(), "not a JSON object");
-    EXPECT_EQ(answers[2]["answer"]["errorCode"].asString(), "key_error");
-    EXPECT_EQ(answers[2]["ir"].size(), 0u);
-    EXPECT_EQ(answers[3]["property"].asString(), "setDeviceEvent");
-    EXPECT_EQ(answers[3]["answer"]["errorCode"].asString(), "ok");
-    EXPECT_EQ(answers[4]["error"].asString(), "key: \"key\" needs a key code");
-    EXPECT_EQ(answers[4]["line"].asInt(), 6);
+std::vector<JsonValue> Lines(const std::string& out) {
+    std::istringstream lines(out);
+    std::vector<JsonValue> objects;
+    for (std::string line; std::getline(lines, line);) objects.push_back(JsonValue::Create(line));
+    return objects;
 }
 
-TEST(CAppTest, DevicesListsThePairingWithKeyMaps) {
-    const Outcome run = RunApp({"--json", "devices"});
-    std::istringstream lines(run.out);
-    int count = 0;
-    for (std::string line; std::getline(lines, line); ++count) {
-        const JsonValue device = JsonValue::Create(line);
-        EXPECT_FALSE(device["keyMap"].asString().empty());
-        EXPECT_EQ(device["deviceIndex"].asInt(), count + 1);
+TEST(CAppTest, ServeAnswersEachLineInOrderWithItsNumberAndId) {
+    const Outcome run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13,\"id\":\"p\"}\n"
+                                      "not json\n\n"
+                                      "{\"command\":\"ac\",\"fan\":\"TURBO\",\"id\":7}\n"
+                                      "{\"command\":\"set\",\"name\":\"setDeviceEvent\",\"value\":\"{}\"}\n"
+                                      "{\"command\":\"key\",\"type\":\"fan\",\"key\":\"x\",\"id\":\"q\"}\n"
+                                      "{\"command\":\"ac\",\"setpoint\":22.0,\"mode\":\"HEAT\"}\n"
+                                      "{\"command\":\"devices\",\"id\":\"d\"}\n");
+    EXPECT_EQ(run.status, 1) << "a line was unusable and one was refused";
+    const std::vector<JsonValue> answers = Lines(run.out);
+    ASSERT_EQ(answers.size(), 7u) << run.out;
+    EXPECT_EQ(answers[0]["answer"]["errorCode"].asString(), "ok");
+    EXPECT_EQ(answers[0]["ir"][0u]["key"].asInt(), 13);
+    EXPECT_EQ(answers[0]["line"].asInt(), 1);
+    EXPECT_EQ(answers[0]["id"].asString(), "p");
+    EXPECT_EQ(answers[0]["payload"]["x.com.korvan.codesetKey"].asInt(), 13) << "the payload as an object";
+    EXPECT_EQ(answers[1]["error"].asString(), "not valid JSON");
+    EXPECT_EQ(answers[1]["line"].asInt(), 2);
+    EXPECT_EQ(answers[2]["answer"]["errorCode"].asString(), "key_error");
+    EXPECT_EQ(answers[2]["reason"].asString(), "invalid fan mode state (code 2)");
+    EXPECT_EQ(answers[2]["ir"].size(), 0u);
+    EXPECT_EQ(answers[2]["line"].asInt(), 4);
+    EXPECT_EQ(answers[2]["id"].asString(), "7");
+    EXPECT_EQ(answers[3]["property"].asString(), "setDeviceEvent");
+    EXPECT_EQ(answers[3]["answer"]["errorCode"].asString(), "ok");
+    EXPECT_EQ(answers[4]["error"].asString(),
+              "key: 'x' is neither a key code nor a key name in HFAN0001's key map "
+              "(power, speed_up, speed_down, swing, timer, mode)");
+    EXPECT_EQ(answers[4]["line"].asInt(), 6);
+    EXPECT_EQ(answers[4]["id"].asString(), "q");
+    EXPECT_EQ(answers[5]["outcome"].asString(), "ok") << "22.0 is a whole number";
+    EXPECT_EQ(answers[5]["ir"][0u]["coolingSetpoint"].asString(), "22");
+    EXPECT_EQ(answers[6]["devices"].size(), 5u);
+    EXPECT_EQ(answers[6]["id"].asString(), "d");
+}
+
+TEST(CAppTest, ServeExitsZeroOnlyWhenEveryLineWasAnsweredOk) {
+    const std::vector<std::pair<std::string, int>> cases = {
+        {"", 0},
+        {"{\"command\":\"key\",\"type\":\"fan\",\"key\":10}\n\n{\"command\":\"devices\"}\n", 0},
+        {"{\"command\":\"key\",\"type\":\"fan\",\"key\":10}\ngarbage\n", 1},
+        {"{\"command\":\"key\",\"type\":\"fan\",\"key\":39}\n", 1},
+        {"{\"command\":\"set\",\"value\":\"{}\"}\n", 1},
+        {"{\"command\":\"key\",\"type\":\"fan\",\"key\":10,\"colour\":1}\n", 1},
+    };
+    for (const auto& [input, status] : cases) EXPECT_EQ(RunApp({"--timeout", "300", "serve"}, input).status, status) << input;
+}
+
+TEST(CAppTest, ServeShowsALateTransmissionUnderItsOwnRequest) {
+    // On air longer than the timeout: every answer is late and the third key goes on air only
+    // after its request timed out.
+    const Outcome run = RunApp({"--ir-delay", "300", "--timeout", "100", "serve"},
+                               "{\"command\":\"key\",\"type\":\"fan\",\"key\":10}\n"
+                               "{\"command\":\"key\",\"type\":\"fan\",\"key\":11}\n"
+                               "{\"command\":\"key\",\"type\":\"fan\",\"key\":12}\n"
+                               "{\"command\":\"key\",\"type\":\"fan\",\"key\":39}\n");
+    EXPECT_EQ(run.status, 1);
+    std::map<long long, std::vector<int>> keys;  // line -> keys shown under it
+    std::map<long long, std::string> answers;
+    for (const JsonValue& object : Lines(run.out)) {
+        const long long line = object["line"].asInt64();
+        for (unsigned i = 0; i < object["ir"].size(); ++i) {
+            const int key = object["ir"][i]["key"].asInt();
+            if (std::find(keys[line].begin(), keys[line].end(), key) == keys[line].end()) keys[line].push_back(key);
+            if (line == 3) {
+                EXPECT_TRUE(object["ir"][i]["late"].asBool());
+            }
+        }
+        if (!object["answer"].isNull()) answers[line] = object["answer"]["errorCode"].asString();
     }
-    EXPECT_EQ(count, 5);
+    EXPECT_EQ(keys[1], std::vector<int>{10});
+    EXPECT_EQ(keys[2], std::vector<int>{11});
+    EXPECT_EQ(keys[3], std::vector<int>{12});
+    EXPECT_EQ(keys[4], std::vector<int>{});
+    EXPECT_EQ(answers[3], "ok");
+    EXPECT_EQ(answers[4], "key_error");
+}
+
+TEST(CAppTest, DevicesShowsTheAcceptedKeysBesideTheKeyMaps) {
+    const Outcome run = RunApp({"--json", "devices"});
+    const std::vector<JsonValue> devices = Lines(run.out);
+    ASSERT_EQ(devices.size(), 5u);
+    for (std::size_t i = 0; i < devices.size(); ++i) EXPECT_EQ(devices[i]["deviceIndex"].asInt(), static_cast<int>(i + 1));
+    EXPECT_EQ(devices[0]["acceptedKeys"].toString(), "[10,11,12,13,14,76]");
+    EXPECT_EQ(devices[0]["keyMap"]["speed_up"].asInt(), 11);
+    EXPECT_EQ(devices[3]["acceptedKeys"].toString(), "[10,28,39]");
+    EXPECT_EQ(devices[4]["acceptedKeys"].size(), 0u);
+    const Outcome human = RunApp({"devices"});
+    EXPECT_NE(human.out.find("accepts (service)"), std::string::npos);
+    EXPECT_NE(human.out.find("key map (IR library)"), std::string::npos);
+    EXPECT_NE(human.out.find("cleaner     HRBC0004    #4     10,28,39"), std::string::npos) << human.out;
+}
+
+TEST(CAppTest, KeyNamesAreLookedUpInTheCodesetsKeyMap) {
+    const Outcome run = RunApp({"key", "--type", "cleaner", "--key", "home"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("key 28 home (HRBC0004)"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("hdevice #4 key 28"), std::string::npos) << run.out;
+}
+
+TEST(CAppTest, OutputHeaderShowsWhatThePlatformReports) {
+    const Outcome run = RunApp({"--year", "19", "--mbr-support", "off", "key", "--type", "fan", "--key", "10"});
+    EXPECT_EQ(run.out.rfind("platform  model year 19, IR service flag off;", 0), 0u) << run.out;
+    const Outcome json = RunApp({"--json", "--year", "24", "demo"});
+    const JsonValue header = JsonValue::Create(json.out.substr(0, json.out.find('\n')));
+    EXPECT_EQ(header["platform"]["year"].asInt(), 24);
+    EXPECT_TRUE(header["platform"]["mbrSupport"].asBool());
+    // The plugin itself reports the year it read.
+    const Outcome verbose = RunApp({"--verbose", "--year", "19", "key", "--type", "fan", "--key", "10"});
+    EXPECT_NE(verbose.err.find("year(19)"), std::string::npos);
 }
 
 TEST(CAppTest, JsonOutputIsOneObjectPerLineForEveryCommand) {
     const std::vector<std::pair<std::vector<std::string>, std::size_t>> cases = {
-        {{"--json", "demo"}, 10},  // service, nine exchanges
+        {{"--json", "demo"}, 13},  // platform, service, ten requests, summary
         {{"--json", "key", "--type", "fan", "--key", "10"}, 1},
         {{"--json", "ac", "--power", "OFF", "--fan", "HIGH"}, 1},
         {{"--json", "set", "--name", "setDeviceEvent", "--value", "{}"}, 1},
@@ -167,6 +266,10 @@ TEST(CAppTest, VerboseShowsThePluginsOwnLogLines) {
     EXPECT_NE(verbose.err.find("/IRCONTROL"), std::string::npos) << verbose.err;
     EXPECT_EQ(verbose.err.find('\x1b'), std::string::npos) << "no colour sequences when not a terminal";
     EXPECT_EQ(verbose.out, quiet.out) << "the answer table is the same";
+    const Outcome errors = RunApp({"--log-level", "error", "key", "--type", "fan", "--key", "10"});
+    EXPECT_NE(errors.err.find("E/IRCONTROL"), std::string::npos);
+    EXPECT_EQ(errors.err.find("I/IRCONTROL"), std::string::npos);
+    EXPECT_EQ(errors.err.find("D/IRCONTROL"), std::string::npos);
 }
 
 }  // namespace

@@ -94,7 +94,10 @@ TEST(CPlatformSetupTest, UnusableFilesAreNamedInTheReason) {
     EXPECT_EQ(error, path + ": dev_info[0] needs a string \"codeset\" and an integer \"device_index\"");
     std::remove(path.c_str());
     EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--catalogue", "/no/such.json", "demo"}), error));
-    EXPECT_EQ(error, "cannot read --catalogue file /no/such.json");
+    EXPECT_EQ(error, "cannot read --catalogue file /no/such.json: no such file");
+    // A directory reads as an empty stream; it must not be called "not valid JSON".
+    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", IRC_BINARY_DIR, "demo"}), error));
+    EXPECT_EQ(error, std::string("cannot read --devices file ") + IRC_BINARY_DIR + ": it is a directory");
     EXPECT_EQ(setup.Devices().size(), 5u) << "the defaults survive a refused file";
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <mutex>
 #include <vector>
@@ -9,60 +10,49 @@
 #include "CApplianceTypes.h"
 #include "CPlatformSetup.h"
 #include "CPluginLibrary.h"
+#include "CRequestParser.h"
+#include "CSession.h"
 
 namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
-using Clock = std::chrono::steady_clock;
 
-TEST(CRequestRecorderTest, LastErrorIsTheMessageOfTheNewestErrorLine) {
-    struct Case {
-        std::vector<sim::LogLine> lines;
-        std::string why;
-    };
-    const Case cases[] = {
-        {{}, ""},
-        {{{4, "IRCONTROL", "A.cpp : F(1)  fine"}}, ""},
-        {{{6, "IRCONTROL", "A.cpp : F(1)  first"}, {6, "IRCONTROL", "B.cpp : G(2)  error occured: unsupported key(error:5)"},
-          {4, "IRCONTROL", "C.cpp : H(3)  later info"}},
-         "error occured: unsupported key(error:5)"},
-        {{{6, "IRCONTROL", "no location here\n"}}, "no location here"},
-        {{{6, "IRCONTROL", "A.cpp : F(1)  bad byte \xff"}}, "bad byte \xef\xbf\xbd"},  // made valid UTF-8
-    };
-    for (const auto& c : cases) EXPECT_EQ(CRequestRecorder::LastError(c.lines), c.why);
-}
-
-TEST(CRequestRecorderTest, DescribesTransmissionsRelativeToTheRequest) {
-    const Clock::time_point start = Clock::now();
-    Exchange exchange;
-    exchange.label = "fan";
-    exchange.summary = "key 10 (HFAN0001)";
-    exchange.property = "setKeyEvent";
-    exchange.payload = "{}";
-    exchange.transaction = 7;
-    exchange.answer = std::make_pair(std::string("key_error"), std::string("refused"));
+TEST(CRequestRecorderTest, DescribeAddsWhatThePageShowsToTheToolsResult) {
+    RequestResult result;
+    result.request.kind = RequestKind::Key;
+    result.label = "fan";
+    result.summary = "key 10 (HFAN0001)";
+    result.property = "setKeyEvent";
+    result.payload = "{}";
+    result.sent = std::chrono::steady_clock::now();
+    result.answer = std::make_pair(std::string("key_error"), std::string("refused"));
+    result.outcome = Outcome::Refused;
+    result.reason = "unsupported key (code 5)";
     sim::IrCall call{};
     call.function = sim::IrCall::Function::SendH;
     call.key = 10;
     call.deviceIndex = 1;
-    call.time = start + std::chrono::milliseconds(3);
-    exchange.transmissions.push_back(call);
-    const JsonValue result = CRequestRecorder::Describe(exchange, start, start + std::chrono::milliseconds(80), 70);
-    EXPECT_EQ(result["reason"].asString(), "key_error: refused");
-    EXPECT_DOUBLE_EQ(result["answer_ms"].asDouble(), 80.0);
-    ASSERT_EQ(result["transmissions"].size(), 1u);
-    const JsonValue& tx = result["transmissions"][0u];
-    EXPECT_DOUBLE_EQ(tx["start_ms"].asDouble(), 3.0);
-    EXPECT_DOUBLE_EQ(tx["end_ms"].asDouble(), 73.0);
-    EXPECT_EQ(tx["text"].asString(), "hdevice #1 key 10");
-    exchange.answer.reset();
-    EXPECT_TRUE(CRequestRecorder::Describe(exchange, start, start, 0)["answer"].isNull());
+    call.time = result.sent + std::chrono::milliseconds(3);
+    call.onAirEnd = call.time + std::chrono::milliseconds(70);
+    result.transmissions.push_back({call, false});
+    result.log.push_back({6, "IRCONTROL", "A.cpp : F(1)  bad byte \xff", 1});
+    const JsonValue described = CRequestRecorder::Describe(42, result);
+    EXPECT_EQ(described["id"].asInt(), 42);
+    EXPECT_EQ(described["outcome"].asString(), "refused");
+    EXPECT_EQ(described["reason"].asString(), "unsupported key (code 5)");
+    EXPECT_EQ(described["summary"].asString(), "key 10 (HFAN0001)");
+    ASSERT_EQ(described["ir"].size(), 1u);
+    EXPECT_EQ(described["ir"][0u]["text"].asString(), "hdevice #1 key 10");
+    EXPECT_EQ(described["ir"][0u]["onAirStartUs"].asInt(), 3000);
+    EXPECT_EQ(described["ir"][0u]["onAirEndUs"].asInt(), 73000);
+    ASSERT_EQ(described["log"].size(), 1u);
+    EXPECT_EQ(described["log"][0u]["text"].asString(), "A.cpp : F(1)  bad byte \xef\xbf\xbd") << "made valid UTF-8";
 }
 
-// The page greys out keys from the tool's copy of the allow-lists; the plugin must agree with
-// it on every key code, for every kind, or the page would disable keys that work.
-TEST(CRequestRecorderTest, ToolsAllowListsMatchWhatThePluginAccepts) {
+// One plugin lifecycle: requests through the recorder publish request, log lines, transmissions
+// and answer in that order under the web id, and a request the parser refuses is not sent.
+TEST(CRequestRecorderTest, PublishesEachStepOfARequestInOrder) {
     sim::ResetAll();
     CPlatformSetup setup;
     setup.Apply();
@@ -72,29 +62,62 @@ TEST(CRequestRecorderTest, ToolsAllowListsMatchWhatThePluginAccepts) {
     plugin.Create();
     CSession session(5000);
     std::mutex mutex;
-    std::vector<std::string> published;
-    CRequestRecorder recorder(0, 5000, [&](const std::string& json) {
-        std::lock_guard<std::mutex> lock(mutex);
-        published.push_back(json);
-    }, nullptr, false);
-    for (const auto& [name, type] : CApplianceTypes::All()) {
-        if (type == "oic.d.airconditioner") continue;
-        std::vector<int> accepted;
-        for (int key = 0; key <= 100; ++key) {
-            const JsonValue result = recorder.Run(recorder.NextId(), JsonValue(name), [&](Exchange& out, std::string&) {
-                out = session.Key(type, setup.PairedCodeset(type), key);
-                return true;
-            });
-            ASSERT_FALSE(result["answer"].isNull()) << name << " key " << key;
-            if (result["answer"]["errorCode"].asString() == "ok") accepted.push_back(key);
+    std::vector<JsonValue> events;
+    CRequestRecorder recorder(
+        [&](const std::string& json) {
+            std::lock_guard<std::mutex> lock(mutex);
+            events.push_back(JsonValue::Create(json));
+        },
+        nullptr, false);
+    const CRequestParser parser(setup, CRequestParser::Style::Json);
+    auto line = [&](const std::string& text) {
+        return [&parser, &session, text](RequestResult& out, std::string& why) {
+            Request request;
+            if (!parser.ParseLine(text, 0, request, why)) return false;
+            out = session.Send(request);
+            return true;
+        };
+    };
+    struct Case {
+        std::string line;
+        std::string outcome;        // "" when the parser refuses it
+        unsigned transmissions;
+    };
+    const Case cases[] = {
+        {R"({"command":"key","type":"fan","key":11})", "ok", 1},
+        {R"({"command":"key","type":"cleaner","key":11})", "refused", 0},
+        {R"({"command":"ac","mode":"HEAT"})", "ok", 1},
+        {R"({"command":"key","type":"toaster","key":1})", "", 0},
+    };
+    for (const auto& c : cases) {
+        {
+            std::lock_guard<std::mutex> lock(mutex);
+            events.clear();
         }
-        EXPECT_EQ(accepted, CApplianceTypes::AllowedKeys(type)) << name;
-    }
-    // Each request was published as request ... answer, with its log lines in between.
-    {
+        const uint64_t id = recorder.NextId();
+        const JsonValue result = recorder.Run(id, JsonValue(c.line), line(c.line));
         std::lock_guard<std::mutex> lock(mutex);
-        EXPECT_EQ(JsonValue::Create(published.front())["type"].asString(), "request");
-        EXPECT_EQ(JsonValue::Create(published.back())["type"].asString(), "answer");
+        SCOPED_TRACE(c.line);
+        if (c.outcome.empty()) {
+            EXPECT_EQ(result["status"].asInt(), 400);
+            EXPECT_FALSE(result["error"].asString().empty());
+        } else {
+            EXPECT_EQ(result["outcome"].asString(), c.outcome);
+            EXPECT_EQ(result["ir"].size(), c.transmissions);
+            EXPECT_GT(result["log"].size(), 0u);
+        }
+        std::vector<std::string> mine;
+        for (const auto& event : events) {
+            if (event["id"].asInt64() == static_cast<int64_t>(id)) mine.push_back(event["type"].asString());
+        }
+        ASSERT_FALSE(mine.empty());
+        EXPECT_EQ(mine.front(), "request");
+        EXPECT_EQ(mine.back(), "answer");
+        const auto transmissions = std::count(mine.begin(), mine.end(), "transmission");
+        EXPECT_EQ(static_cast<unsigned>(transmissions), c.transmissions);
+        if (!c.outcome.empty()) {
+            EXPECT_GT(std::count(mine.begin(), mine.end(), "log"), 0);
+        }
     }
     plugin.Destroy();
 }

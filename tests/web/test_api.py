@@ -93,36 +93,36 @@ class ApiTest(unittest.TestCase):
         status, _, result = self.post("/api/key", {"type": "fan", "key": 12})
         self.assertEqual(status, 200)
         self.assertEqual(result["answer"]["errorCode"], "ok")
-        self.assertEqual([(t["deviceIndex"], t["key"]) for t in result["transmissions"]], [(1, 12)])
-        self.assertLessEqual(result["transmissions"][0]["start_ms"], result["transmissions"][0]["end_ms"])
+        self.assertEqual(result["outcome"], "ok")
+        self.assertEqual([(t["deviceIndex"], t["key"], t["text"]) for t in result["ir"]], [(1, 12, "hdevice #1 key 12")])
+        self.assertLessEqual(result["ir"][0]["onAirStartUs"], result["ir"][0]["onAirEndUs"])
+        self.assertLessEqual(result["ir"][0]["onAirEndUs"], result["elapsedUs"])
         self.assertTrue(any("key to be IRBlasted : 12" in line["text"] for line in result["log"]))
 
     def test_refusals_say_why(self):
         cases = [
-            ("/api/key", {"type": "cleaner", "key": 11}, "key_error", "unsupported key"),
-            ("/api/ac", {"mode": "cool"}, "key_error", "invalid mode state"),
+            ("/api/key", {"type": "cleaner", "key": 11}, "refused", "unsupported key"),
+            ("/api/ac", {"mode": "cool"}, "refused", "invalid mode state"),
             ("/api/requests", {"value": '{"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetName":"NONE",'
-                                        '"x.com.korvan.codesetKey":10}'}, "key_error", ""),
-            ("/api/requests", {"value": "{}"}, None, "no answer within 500 ms"),
+                                        '"x.com.korvan.codesetKey":10}'}, "refused", "d2d_device_index"),
+            ("/api/requests", {"value": "{}"}, "unanswered", "deviceType"),
+            ("/api/requests", {"name": "setNothing", "value": "{}"}, "unanswered", "setNothing"),
         ]
-        for path, body, code, why in cases:
+        for path, body, outcome, why in cases:
             with self.subTest(path=path, body=body):
                 status, _, result = self.post(path, body)
                 self.assertEqual(status, 200, result)
-                if code is None:
-                    self.assertIsNone(result["answer"])
-                    self.assertIn(why, result["reason"])
-                    self.assertIn("deviceType", result["why"])
-                else:
-                    self.assertEqual(result["answer"]["errorCode"], code)
-                    self.assertIn(why, result["why"])
-                    self.assertEqual(result["transmissions"], [])
+                self.assertEqual(result["outcome"], outcome)
+                self.assertIn(why, result["reason"])
+                self.assertEqual(result["ir"], [])
+                self.assertEqual(result["answer"] is None, outcome == "unanswered")
 
     def test_ac_state_reaches_the_blaster_translated(self):
         status, _, result = self.post("/api/ac", {"power": "ON", "mode": "HEAT", "setpoint": 22, "fan": "LOW"})
         self.assertEqual(status, 200)
-        tx = result["transmissions"]
-        self.assertEqual([(t["mode"], t["power"], t["setpoint"], t["fan"]) for t in tx], [("heat", "on", "22", "low")])
+        tx = result["ir"]
+        self.assertEqual([(t["mode"], t["power"], t["coolingSetpoint"], t["fanSpeed"]) for t in tx],
+                         [("heat", "on", "22", "low")])
 
     def test_property_list_is_sent_as_one_request(self):
         body = {"properties": [
@@ -163,7 +163,7 @@ class ApiTest(unittest.TestCase):
     def test_deeply_nested_payload_text_reaches_the_plugin_without_harm(self):
         status, _, result = self.post("/api/requests", {"value": "[" * 500000})
         self.assertEqual(status, 200)
-        self.assertEqual(result["payload"], "[" * 500000)
+        self.assertEqual(result["payloadText"], "[" * 500000)
         self.assertEqual(self.post("/api/key", FAN_OK)[0], 200)
 
     def test_client_gone_before_the_answer_does_not_stop_the_server(self):
@@ -212,7 +212,7 @@ class ApiTest(unittest.TestCase):
             status, _, after = self.host.request("PUT", "/api/devices", moved)
             self.assertEqual(status, 200, after)
             self.assertEqual([d["device_index"] for d in after["devices"]], [9])
-            self.assertEqual(self.post("/api/key", FAN_OK)[2]["transmissions"][0]["deviceIndex"], 9)
+            self.assertEqual(self.post("/api/key", FAN_OK)[2]["ir"][0]["deviceIndex"], 9)
             self.assertEqual(self.post("/api/key", {"type": "cleaner", "key": 10})[0], 400)  # no paired cleaner
         finally:
             self.host.request("PUT", "/api/devices", before["pairing"])

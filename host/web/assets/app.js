@@ -17,7 +17,7 @@ function el(tag, attrs, ...children) {
   return node;
 }
 
-function ms(value) { return typeof value === 'number' ? value.toFixed(1) + ' ms' : ''; }
+function ms(microseconds) { return typeof microseconds === 'number' ? (microseconds / 1000).toFixed(1) + ' ms' : ''; }
 
 async function api(method, path, body) {
   const init = { method, headers: {} };
@@ -31,16 +31,14 @@ async function api(method, path, body) {
   return { status: response.status, data };
 }
 
-// One line on what became of a request: its answer, why none came, or why it was not sent.
+// One line on what became of a request: ok, the refusal and its reason, why no answer came, or
+// why it was not sent at all.
 function outcome(result) {
   if (!result) return { text: 'waiting…', cls: 'pending' };
   if (result.error) return { text: 'not sent: ' + result.error, cls: 'bad' };
-  if (result.answer) {
-    const ok = result.answer.errorCode === 'ok';
-    const why = result.why ? ' (' + result.why + ')' : '';
-    return { text: ok ? 'ok' : result.answer.errorCode + ': ' + result.answer.description + why, cls: ok ? 'ok' : 'bad' };
-  }
-  return { text: result.reason || 'no answer', cls: 'bad' };
+  if (result.outcome === 'ok') return { text: 'ok', cls: 'ok' };
+  const code = result.answer ? result.answer.errorCode + ': ' : '';
+  return { text: code + (result.reason || result.outcome || 'no answer'), cls: 'bad' };
 }
 
 function show(output, result) {
@@ -158,12 +156,14 @@ function renderItem(item) {
   const head = el('div', { class: 'head' }, el('span', { class: 'id', text: '#' + item.id }),
     el('span', { class: 'what', text: describe(item) }), el('span', { class: 'answer ' + o.cls, text: o.text }));
   const times = [];
-  if (item.result && item.result.answer_ms !== undefined) times.push('answer at ' + ms(item.result.answer_ms));
-  else if (item.result && item.result.elapsed_ms !== undefined) times.push('waited ' + ms(item.result.elapsed_ms));
+  if (item.result && item.result.elapsedUs !== undefined) {
+    times.push('answer at ' + ms(item.result.elapsedUs) + (item.result.answer && item.result.answer.late ? ' (late)' : ''));
+  }
   const parts = [head];
   if (times.length) parts.push(el('div', { class: 'time note', text: times.join(' · ') }));
   for (const tx of item.transmissions) {
-    parts.push(el('div', { class: 'tx', text: '→ ' + tx.text + ' on air ' + ms(tx.start_ms) + ' – ' + ms(tx.end_ms) }));
+    parts.push(el('div', { class: 'tx', text: '→ ' + tx.text + ' on air ' + ms(tx.onAirStartUs) + ' – ' +
+      ms(tx.onAirEndUs) + (tx.late ? ' (late)' : '') }));
   }
   li.replaceChildren(...parts);
   li.setAttribute('aria-selected', String(item.id === selected));
@@ -203,7 +203,7 @@ function onEvent(event) {
     item.result = data;
     // The answer carries the whole record: it wins over what the stream delivered piecemeal.
     item.log = data.log || item.log;
-    item.transmissions = data.transmissions || item.transmissions;
+    item.transmissions = data.ir || item.transmissions;
   }
   if (data.type !== 'log' || data.id === selected) renderItem(item);
 }

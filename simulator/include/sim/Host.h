@@ -48,6 +48,7 @@ struct SetResult {
     int error;                                    // the error argument of the send call
     std::vector<HostProperty> properties;         // list contents, in list order
     bool serviceAlive;                            // false if sent for a destroyed/unknown service
+    std::chrono::steady_clock::time_point time{};  // when the plugin sent it
 };
 
 enum class HostFault {
@@ -82,6 +83,12 @@ public:
     // The next `times` calls of that kind fail (-1: every call until cleared).
     static void InjectFault(HostFault fault, int times = 1);
     static void ClearFaults();
+
+    // The transaction the calling thread serves, 0 if none. A thread serves a request while the
+    // host's set callback for it runs, and from reading a property list of that request (the
+    // host's or a copy of it) until it answers that request or reads a list of another one.
+    // IR calls and log lines carry the transaction their thread served (IrCall, LogLine).
+    static uint64_t ServingTransaction();
 
     // Counters for leak checks: lists and properties currently alive in the simulator.
     static std::size_t LiveLists();

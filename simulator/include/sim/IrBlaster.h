@@ -22,6 +22,9 @@ struct IrCall {
     // Aircon: the four words in the order received (mode, power, setpoint, fan speed).
     std::string mode, power, coolingSetpoint, fanSpeed;
     std::chrono::steady_clock::time_point time;
+    uint64_t transaction = 0;    // the request the calling thread served (Host::ServingTransaction)
+    // Transmissions: when the simulated on-air time ends (time + the transmit delay).
+    std::chrono::steady_clock::time_point onAirEnd{};
 };
 
 const char* ToString(IrCall::Function function);   // "send_command_hdevice", ...
@@ -29,6 +32,7 @@ const char* ToString(IrCall::Function function);   // "send_command_hdevice", ..
 class IrBlaster {
 public:
     static std::vector<IrCall> Journal();
+    static std::vector<IrCall> JournalFor(uint64_t transaction);  // that request's calls, in order
     static void ClearJournal();
     static void SetJournalEnabled(bool on);        // on by default
     // Waits until the journal holds at least `count` transmissions (key maps not counted).

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -13,11 +14,13 @@ struct LogLine {
     int priority;        // the dlog priority number (3 debug, 4 info, 6 error, ...)
     std::string tag;
     std::string text;    // fully formatted message
+    uint64_t transaction = 0;  // the request the logging thread served (Host::ServingTransaction)
 };
 
 class Log {
 public:
     static std::vector<LogLine> Lines();                 // snapshot, oldest first
+    static std::vector<LogLine> LinesFor(uint64_t transaction);  // that request's lines, oldest first
     static void Clear();
     // Lines whose text contains `needle` (and whose tag equals `tag`, when given).
     static std::size_t Count(const std::string& needle, const std::string& tag = "");

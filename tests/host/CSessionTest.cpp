@@ -1,0 +1,105 @@
+#include "CSession.h"
+
+#include <gtest/gtest.h>
+
+#include "CPlatformSetup.h"
+#include "CPluginLibrary.h"
+#include "CRequestParser.h"
+
+namespace ircontrol::host {
+namespace {
+
+// The built plugin on the simulated platform with the tool's defaults; one lifecycle per test.
+class CSessionTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        sim::ResetAll();
+        setup_.Apply();
+        std::string error;
+        ASSERT_TRUE(plugin_.Load(IRC_PLUGIN_PATH, error)) << error;
+        plugin_.Create();
+    }
+    void TearDown() override { plugin_.Destroy(); }
+
+    Request Parse(const std::string& command, const NamedValues& values) {
+        Request request;
+        std::string error;
+        EXPECT_TRUE(CRequestParser(setup_, CRequestParser::Style::CommandLine).Parse(command, values, request, error))
+            << error;
+        return request;
+    }
+    static std::vector<int> Keys(const RequestResult& result) {
+        std::vector<int> keys;
+        for (const auto& t : result.transmissions) keys.push_back(t.call.key);
+        return keys;
+    }
+
+    CPlatformSetup setup_;
+    CPluginLibrary plugin_;
+};
+
+TEST_F(CSessionTest, TransmissionsStayWithTheirRequestWhenTheyOutlastTheTimeout) {
+    // On air longer than the tool waits: the worker falls behind, each request times out.
+    sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(300));
+    CSession session(100);
+    std::vector<RequestResult> results;
+    for (const char* key : {"10", "11", "12", "39"}) results.push_back(session.Send(Parse("key", {{"type", "fan"}, {"key", key}})));
+    for (auto& result : results) session.Refresh(result, std::chrono::seconds(10));
+
+    EXPECT_EQ(Keys(results[0]), std::vector<int>{10});
+    EXPECT_EQ(Keys(results[1]), std::vector<int>{11});
+    EXPECT_EQ(Keys(results[2]), std::vector<int>{12});
+    EXPECT_EQ(Keys(results[3]), std::vector<int>{}) << "key 39 is refused, so it transmits nothing";
+    // The first went on air at once; the third only after the two before it, well past its wait.
+    EXPECT_FALSE(results[0].transmissions[0].late);
+    EXPECT_TRUE(results[2].transmissions[0].late);
+    for (const auto& result : results) {
+        ASSERT_TRUE(result.answer.has_value());
+        EXPECT_TRUE(result.answerLate);
+    }
+    EXPECT_EQ(results[2].outcome, Outcome::Ok);
+    EXPECT_EQ(results[3].outcome, Outcome::Refused);
+    EXPECT_EQ(results[3].reason, "unsupported key (code 5)");
+}
+
+TEST_F(CSessionTest, ResultsCarryTimesAndTheRequestsOwnLogLines) {
+    sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(30));
+    CSession session(5000);
+    const RequestResult result = session.Send(Parse("ac", {{"mode", "HEAT"}, {"setpoint", "22"}}));
+    ASSERT_EQ(result.outcome, Outcome::Ok) << result.reason;
+    ASSERT_EQ(result.transmissions.size(), 1u);
+    const sim::IrCall& call = result.transmissions[0].call;
+    EXPECT_EQ(call.onAirEnd - call.time, std::chrono::milliseconds(30));
+    EXPECT_GE(call.time, result.sent);
+    ASSERT_TRUE(result.elapsed.has_value());
+    EXPECT_GE(*result.elapsed, std::chrono::milliseconds(30)) << "the answer follows the transmission";
+    bool payloadLogged = false;
+    for (const auto& line : result.log) {
+        EXPECT_EQ(line.transaction, result.transaction);
+        payloadLogged = payloadLogged || line.text.find("\"x.com.korvan.mode\":\"HEAT\"") != std::string::npos;
+    }
+    EXPECT_TRUE(payloadLogged);
+    // The next request's lines are its own.
+    const RequestResult next = session.Send(Parse("key", {{"type", "fan"}, {"key", "39"}}));
+    for (const auto& line : next.log) EXPECT_EQ(line.text.find("HEAT"), std::string::npos) << line.text;
+}
+
+TEST_F(CSessionTest, EveryValueKindReachesTheServiceAsThatKind) {
+    CSession session(2000);
+    const std::vector<std::tuple<NamedValues, Outcome, std::string>> cases = {
+        {{{"name", "setDeviceEvent"}, {"value", "{\"paired\":true}"}}, Outcome::Ok, ""},
+        // A setKeyEvent that is not JSON-typed reads as empty on the service's side.
+        {{{"kind", "string"}, {"value", "{}"}}, Outcome::Refused, "setKeyEvent property Empty!! (code 5)"},
+        {{{"kind", "int"}, {"value", "7"}}, Outcome::Refused, "setKeyEvent property Empty!! (code 5)"},
+        {{{"name", "volume"}, {"kind", "bool"}, {"value", "true"}}, Outcome::Unanswered,
+         "the service has no property \"volume\": it sends no answer"},
+    };
+    for (const auto& [values, outcome, reason] : cases) {
+        const RequestResult result = session.Send(Parse("set", values));
+        EXPECT_EQ(result.outcome, outcome) << values.at("value");
+        EXPECT_EQ(result.reason, reason);
+    }
+}
+
+}  // namespace
+}  // namespace ircontrol::host

@@ -1,0 +1,63 @@
+// The README's host-tool examples do what it says: each one runs and every request in it is
+// answered ok.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "CApp.h"
+
+namespace ircontrol::host {
+namespace {
+
+// Words of a shell line with single quotes and a trailing "# comment", as the README writes them.
+std::vector<std::string> Words(const std::string& line) {
+    std::vector<std::string> words;
+    std::string word;
+    bool quoted = false, inWord = false;
+    for (char c : line) {
+        if (c == '\'') {
+            quoted = !quoted;
+            inWord = true;
+        } else if (!quoted && c == '#' && !inWord) {
+            break;
+        } else if (!quoted && c == ' ') {
+            if (inWord) words.push_back(word);
+            word.clear();
+            inWord = false;
+        } else {
+            word += c;
+            inWord = true;
+        }
+    }
+    if (inWord) words.push_back(word);
+    return words;
+}
+
+TEST(ReadmeExamplesTest, EveryHostToolExampleIsAnsweredOk) {
+    std::ifstream in(std::string(IRC_SOURCE_DIR) + "/README.md");
+    int examples = 0;
+    for (std::string line; std::getline(in, line);) {
+        const std::string tool = "build/bin/ircontrol-host ";
+        const std::size_t at = line.find(tool);
+        if (line.rfind("    ", 0) != 0 || at == std::string::npos) continue;
+        std::string input;
+        if (line.rfind("    echo ", 0) == 0) {
+            const std::vector<std::string> echo = Words(line.substr(4, line.find(" | ") - 4));
+            ASSERT_EQ(echo.size(), 2u) << line;
+            input = echo[1] + "\n";
+        }
+        std::vector<std::string> args = Words(line.substr(at + tool.size()));
+        args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
+        Options options = CCommandLine::Parse(args);
+        ASSERT_EQ(options.error, "") << line;
+        std::istringstream stdinText(input);
+        std::ostringstream out, err;
+        EXPECT_EQ(CApp(options, stdinText, out, err).Run(), 0) << line << "\n" << out.str() << err.str();
+        ++examples;
+    }
+    EXPECT_GE(examples, 8) << "the README lost its examples";
+}
+
+}  // namespace
+}  // namespace ircontrol::host
