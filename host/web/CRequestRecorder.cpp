@@ -108,6 +108,11 @@ JsonValue CRequestRecorder::Describe(uint64_t id, const RequestResult& result) {
         described["outcome"] = ToString(result.outcome);
         described["reason"] = Utf8(result.reason);
     }
+    // "id" is the web request's own; a client's id (as a serve line has one) moves aside.
+    if (described.isMember("id")) {
+        described["clientId"] = described["id"];
+        described.removeMember("id");
+    }
     described["id"] = static_cast<long long>(id);
     described["label"] = Utf8(result.label);
     described["summary"] = Utf8(result.summary);

@@ -90,8 +90,10 @@ class ApiTest(unittest.TestCase):
                     self.assertTrue(reply_headers.get("Allow"))
 
     def test_key_returns_answer_transmission_and_log(self):
-        status, _, result = self.post("/api/key", {"type": "fan", "key": 12})
+        status, _, result = self.post("/api/key", {"type": "fan", "key": 12, "id": "mine"})
         self.assertEqual(status, 200)
+        self.assertEqual(result["clientId"], "mine")
+        self.assertIsInstance(result["id"], int)
         self.assertEqual(result["answer"]["errorCode"], "ok")
         self.assertEqual(result["outcome"], "ok")
         self.assertEqual([(t["deviceIndex"], t["key"], t["text"]) for t in result["ir"]], [(1, 12, "hdevice #1 key 12")])
