@@ -63,9 +63,13 @@ void CEventHub::Publish(const std::string& json) {
         shared_->scheduled = true;
     }
     if (schedule) {
-        // One flush per burst; the source owns a reference to the shared state.
-        g_main_context_invoke_full(context_, G_PRIORITY_DEFAULT, onFlush, new std::shared_ptr<Shared>(shared_),
-                                   [](gpointer data) { delete static_cast<std::shared_ptr<Shared>*>(data); });
+        // One flush per burst, always from the loop (never inside the caller); the source owns a
+        // reference to the shared state.
+        GSource* source = g_idle_source_new();
+        g_source_set_callback(source, onFlush, new std::shared_ptr<Shared>(shared_),
+                              [](gpointer data) { delete static_cast<std::shared_ptr<Shared>*>(data); });
+        g_source_attach(source, context_);
+        g_source_unref(source);
     }
 }
 
