@@ -76,6 +76,11 @@ int CApp::single() {
     if (!options_.json) printer_.Platform(setup_, options_.irDelayMs, options_.timeoutMs);
     const RequestResult result = session_.Send(request);
     printer_.Result(result);
+    if (result.outcome == Outcome::NoAnswer) {
+        // Show what still comes of it, marked late; the status stays that of the timeout.
+        std::vector<RequestResult> pending = {result};
+        catchUp(pending, drainWait());
+    }
     switch (result.outcome) {
         case Outcome::Ok:
         case Outcome::Listed: return 0;

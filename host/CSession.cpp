@@ -116,23 +116,25 @@ RequestResult CSession::SendProperties(RequestResult result, const std::vector<s
             TakeAnswer(*answer, result);
             break;
         }
-        collect(result, false);
+        collect(result);
         CReason::Explain(result, timeoutMs_);
         if (result.outcome == Outcome::Unanswered || left <= kSlice) break;
     }
-    collect(result, false);
+    collect(result);
     CReason::Explain(result, timeoutMs_);
     return result;
 }
 
-bool CSession::collect(RequestResult& result, bool late) const {
+bool CSession::collect(RequestResult& result) const {
     // The journal only grows, in order: what lies beyond the transmissions already taken is new.
+    // A transmission that went on air after the tool's wait for the answer ended is late.
+    const auto deadline = result.sent + std::chrono::milliseconds(timeoutMs_);
     std::vector<sim::IrCall> calls = sim::IrBlaster::JournalFor(result.transaction);
     calls.erase(std::remove_if(calls.begin(), calls.end(), [](const sim::IrCall& c) { return !IsTransmission(c); }),
                 calls.end());
     bool added = false;
     for (std::size_t i = result.transmissions.size(); i < calls.size(); ++i) {
-        result.transmissions.push_back({calls[i], late});
+        result.transmissions.push_back({calls[i], calls[i].time > deadline});
         added = true;
     }
     const auto lines = sim::Log::LinesFor(result.transaction);
@@ -151,7 +153,7 @@ bool CSession::Refresh(RequestResult& result, std::chrono::milliseconds wait) co
         result.answerLate = true;
         added = true;
     }
-    added = collect(result, true) || added;
+    added = collect(result) || added;
     if (added) CReason::Explain(result, timeoutMs_);
     return added;
 }

@@ -38,7 +38,7 @@ public:
 
 private:
     // Takes in what the simulator holds for the result's transaction; true if anything was new.
-    bool collect(RequestResult& result, bool late) const;
+    bool collect(RequestResult& result) const;
 
     int timeoutMs_;
 };

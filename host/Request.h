@@ -54,7 +54,7 @@ std::optional<RequestKind> RequestKindFrom(const std::string& name);
 // One IR transmission made by the request's own job.
 struct Transmission {
     sim::IrCall call;
-    bool late = false;  // started after the tool had stopped waiting for the request's answer
+    bool late = false;  // went on air after the tool's wait for the request's answer had ended
 };
 
 enum class Outcome {

@@ -199,6 +199,16 @@ TEST(CAppTest, ServeShowsALateTransmissionUnderItsOwnRequest) {
     EXPECT_EQ(answers[4], "key_error");
 }
 
+TEST(CAppTest, ASingleRequestWaitsForWhatComesLateAndStillFails) {
+    const Outcome run = RunApp({"--ir-delay", "300", "--timeout", "50", "key", "--type", "fan", "--key", "11"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.out.find("no answer hdevice #1 key 11"), std::string::npos) << run.out;
+    const std::size_t late = run.out.find("late for transaction ");
+    ASSERT_NE(late, std::string::npos) << run.out;
+    EXPECT_NE(run.out.find(" (fan key 11 (HFAN0001)): answer ok", late), std::string::npos) << run.out;
+    EXPECT_EQ(run.err, "ircontrol-host: no answer within 50 ms\n");
+}
+
 TEST(CAppTest, DevicesShowsTheAcceptedKeysBesideTheKeyMaps) {
     const Outcome run = RunApp({"--json", "devices"});
     const std::vector<JsonValue> devices = Lines(run.out);

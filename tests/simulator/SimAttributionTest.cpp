@@ -89,7 +89,7 @@ protected:
     void SetUp() override { sim::ResetAll(); }
 };
 
-TEST_F(SimAttributionTest, EachTransmissionAndLogLineCarriesTheRequestItsWorkerServed) {
+TEST_F(SimAttributionTest, EachTransmissionAndLogLineCarriesTheRequestItsWorkerThreadServed) {
     uint64_t first = 0, second = 0;
     {
         QueueService service;
