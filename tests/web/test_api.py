@@ -127,15 +127,19 @@ class ApiTest(unittest.TestCase):
                          [("heat", "on", "22", "low")])
 
     def test_property_list_is_sent_as_one_request(self):
+        # The service answers each property; the result holds the first answer, that of the key.
         body = {"properties": [
-            {"name": "setDeviceEvent", "value": "{}"},
             {"name": "setKeyEvent", "value": {"x.com.korvan.deviceType": "oic.d.fan",
                                               "x.com.korvan.codesetName": "HFAN0001", "x.com.korvan.codesetKey": 13}},
+            {"name": "setDeviceEvent", "value": "{}"},
         ]}
         status, _, result = self.post("/api/requests", body)
         self.assertEqual(status, 200, result)
-        self.assertEqual(result["property"], "setDeviceEvent,setKeyEvent")
-        self.assertIsNotNone(result["answer"])
+        self.assertEqual(result["property"], "setKeyEvent,setDeviceEvent")
+        self.assertEqual(result["outcome"], "ok")
+        # Both properties of the one request reached the plugin.
+        self.assertEqual([t["key"] for t in result["ir"]], [13])
+        self.assertTrue(any("setDeviceEvent" in line["text"] for line in result["log"]))
 
     def test_hostile_bodies_are_refused_and_the_server_keeps_serving(self):
         deep = "[" * 100000 + "]" * 100000
