@@ -5,8 +5,7 @@
 namespace ircontrol::host {
 
 CEventHub::CEventHub(GMainContext* context, std::size_t maxStreams, std::size_t history)
-    : context_(context), maxStreams_(maxStreams), historyLimit_(history), shared_(std::make_shared<Shared>()) {
-    shared_->hub = this;
+    : context_(context), maxStreams_(maxStreams), historyLimit_(history) {
     heartbeat_ = g_timeout_source_new_seconds(kHeartbeatSeconds);
     g_source_set_callback(heartbeat_, onHeartbeat, this, nullptr);
     g_source_attach(heartbeat_, context_);
@@ -14,8 +13,13 @@ CEventHub::CEventHub(GMainContext* context, std::size_t maxStreams, std::size_t 
 
 CEventHub::~CEventHub() {
     {
-        std::lock_guard<std::mutex> lock(shared_->mutex);
-        shared_->hub = nullptr;
+        std::lock_guard<std::mutex> lock(mutex_);
+        closed_ = true;
+        if (flush_ != nullptr) {
+            g_source_destroy(flush_);
+            g_source_unref(flush_);
+            flush_ = nullptr;
+        }
     }
     g_source_destroy(heartbeat_);
     g_source_unref(heartbeat_);
@@ -54,37 +58,29 @@ bool CEventHub::Attach(SoupServerMessage* message) {
 }
 
 void CEventHub::Publish(const std::string& json) {
-    bool schedule = false;
-    {
-        std::lock_guard<std::mutex> lock(shared_->mutex);
-        if (shared_->hub == nullptr) return;
-        shared_->pending.push_back("id: " + std::to_string(shared_->nextId++) + "\ndata: " + json + "\n\n");
-        schedule = !shared_->scheduled;
-        shared_->scheduled = true;
-    }
-    if (schedule) {
-        // One flush per burst, always from the loop (never inside the caller); the source owns a
-        // reference to the shared state.
-        GSource* source = g_idle_source_new();
-        g_source_set_callback(source, onFlush, new std::shared_ptr<Shared>(shared_),
-                              [](gpointer data) { delete static_cast<std::shared_ptr<Shared>*>(data); });
-        g_source_attach(source, context_);
-        g_source_unref(source);
-    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_) return;
+    pending_.push_back("id: " + std::to_string(nextId_++) + "\ndata: " + json + "\n\n");
+    if (flush_ != nullptr) return;
+    // One flush per burst, always from the loop (never inside the caller). The source is
+    // destroyed with the hub if it has not run by then.
+    flush_ = g_idle_source_new();
+    g_source_set_callback(flush_, onFlush, this, nullptr);
+    g_source_attach(flush_, context_);
 }
 
-gboolean CEventHub::onFlush(gpointer data) {
-    Shared& shared = **static_cast<std::shared_ptr<Shared>*>(data);
+gboolean CEventHub::onFlush(gpointer self) {
+    auto* hub = static_cast<CEventHub*>(self);
     std::deque<std::string> frames;
-    CEventHub* hub = nullptr;
+    GSource* source = nullptr;
     {
-        std::lock_guard<std::mutex> lock(shared.mutex);
-        frames.swap(shared.pending);
-        shared.scheduled = false;
-        hub = shared.hub;
+        std::lock_guard<std::mutex> lock(hub->mutex_);
+        frames.swap(hub->pending_);
+        source = hub->flush_;
+        hub->flush_ = nullptr;
     }
-    // The hub lives and dies on this thread, so it cannot go between the check and the call.
-    if (hub != nullptr) hub->flush(std::move(frames));
+    if (source != nullptr) g_source_unref(source);  // the loop keeps its own reference while dispatching
+    hub->flush(std::move(frames));
     return G_SOURCE_REMOVE;
 }
 

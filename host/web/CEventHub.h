@@ -46,17 +46,9 @@ private:
         gulong wrote = 0;
         std::size_t owed = 0;  // appended but not yet written
     };
-    struct Shared {
-        std::mutex mutex;
-        CEventHub* hub;             // nullptr once the hub is gone
-        std::deque<std::string> pending;
-        bool scheduled = false;
-        uint64_t nextId = 1;
-    };
-
     static void onFinished(SoupServerMessage* message, gpointer self);
     static void onWrote(SoupServerMessage* message, guint size, gpointer self);
-    static gboolean onFlush(gpointer shared);
+    static gboolean onFlush(gpointer self);
     static gboolean onHeartbeat(gpointer self);
     void ping();
     void flush(std::deque<std::string> frames);
@@ -70,8 +62,13 @@ private:
     std::deque<std::string> history_;
     std::size_t historyBytes_ = 0;
     std::vector<std::unique_ptr<Stream>> streams_;
-    std::shared_ptr<Shared> shared_;
     GSource* heartbeat_ = nullptr;
+    // Events published from other threads wait here for the loop; guarded by mutex_.
+    std::mutex mutex_;
+    std::deque<std::string> pending_;
+    GSource* flush_ = nullptr;  // the idle source that will hand them over, while one is due
+    bool closed_ = false;       // the hub is going: nothing more is taken
+    uint64_t nextId_ = 1;
 };
 
 }  // namespace ircontrol::host

@@ -129,20 +129,37 @@ void CWebServer::shutdown() {
     server_.reset();
     while (g_main_context_iteration(context_.get(), FALSE)) {
     }
+    std::lock_guard<std::mutex> lock(inboxMutex_);
+    if (inboxSource_ != nullptr) {
+        g_source_destroy(inboxSource_);
+        g_source_unref(inboxSource_);
+        inboxSource_ = nullptr;
+    }
+    inbox_.clear();
 }
 
 void CWebServer::post(std::function<void()> task) {
-    GSource* source = g_idle_source_new();
-    g_source_set_callback(
-        source,
-        [](gpointer data) -> gboolean {
-            (*static_cast<std::function<void()>*>(data))();
-            return G_SOURCE_REMOVE;
-        },
-        new std::function<void()>(std::move(task)),
-        [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
-    g_source_attach(source, context_.get());
-    g_source_unref(source);
+    std::lock_guard<std::mutex> lock(inboxMutex_);
+    inbox_.push_back(std::move(task));
+    if (inboxSource_ != nullptr) return;
+    inboxSource_ = g_idle_source_new();
+    g_source_set_callback(inboxSource_, onInbox, this, nullptr);
+    g_source_attach(inboxSource_, context_.get());
+}
+
+gboolean CWebServer::onInbox(gpointer self) {
+    auto* server = static_cast<CWebServer*>(self);
+    std::deque<std::function<void()>> tasks;
+    GSource* source = nullptr;
+    {
+        std::lock_guard<std::mutex> lock(server->inboxMutex_);
+        tasks.swap(server->inbox_);
+        source = server->inboxSource_;
+        server->inboxSource_ = nullptr;
+    }
+    if (source != nullptr) g_source_unref(source);
+    for (auto& task : tasks) task();
+    return G_SOURCE_REMOVE;
 }
 
 void CWebServer::onEarly(SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer self) {

@@ -9,7 +9,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <deque>
 #include <map>
+#include <mutex>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -58,6 +60,7 @@ private:
     void reply(SoupServerMessage* message, const WebReply& reply);
     void complete(uint64_t token, const WebReply& reply);  // loop thread
     void post(std::function<void()> task);               // any thread, runs on the loop
+    static gboolean onInbox(gpointer self);
     void shutdown();
 
     WebOptions options_;
@@ -80,6 +83,10 @@ private:
     std::map<uint64_t, Pending> pending_;
     uint64_t nextToken_ = 1;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+    // Tasks posted from the worker for the loop; guarded by inboxMutex_.
+    std::mutex inboxMutex_;
+    std::deque<std::function<void()>> inbox_;
+    GSource* inboxSource_ = nullptr;
     bool stopped_ = false;
 };
 

@@ -5,6 +5,7 @@ import tempfile
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
@@ -45,19 +46,21 @@ class Page:
         self.wait(lambda d: d.find_elements(By.CSS_SELECTOR, ".remote"))
 
     def wait(self, condition, timeout=TIMEOUT):
-        return WebDriverWait(self.driver, timeout).until(condition)
+        # The page re-renders as events arrive: an element found a moment ago may be gone.
+        return WebDriverWait(self.driver, timeout, ignored_exceptions=(StaleElementReferenceException,)).until(condition)
 
     def remote(self, codeset):
         return self.driver.find_element(By.CSS_SELECTOR, f'.remote[data-codeset="{codeset}"]')
 
     def remotes(self):
-        return [card.get_attribute("data-codeset") for card in self.driver.find_elements(By.CSS_SELECTOR, ".remote")]
+        return self.driver.execute_script(
+            "return [...document.querySelectorAll('.remote')].map((card) => card.dataset.codeset)")
 
     def key(self, codeset, name):
         return self.remote(codeset).find_element(By.CSS_SELECTOR, f'button[data-key="{name}"]')
 
     def press(self, codeset, name):
-        self.key(codeset, name).click()
+        self.wait(lambda d: self.key(codeset, name).click() or True)
 
     def remote_result(self, codeset):
         output = self.remote(codeset).find_element(By.CSS_SELECTOR, "output")
@@ -77,13 +80,11 @@ class Page:
         return output.text
 
     def timeline(self):
-        """(id, text of the answer, transmission lines) per request, newest first."""
-        items = []
-        for li in self.driver.find_elements(By.CSS_SELECTOR, "#timeline li"):
-            answer = li.find_element(By.CSS_SELECTOR, ".answer").text
-            tx = [t.text for t in li.find_elements(By.CSS_SELECTOR, ".tx")]
-            items.append((int(li.get_attribute("data-id")), answer, tx))
-        return items
+        """(id, text of the answer, transmission lines) per request, newest first; read in one go."""
+        rows = self.driver.execute_script(
+            "return [...document.querySelectorAll('#timeline li')].map((li) => [Number(li.dataset.id),"
+            " li.querySelector('.answer').textContent, [...li.querySelectorAll('.tx')].map((t) => t.textContent)])")
+        return [(row[0], row[1], row[2]) for row in rows]
 
     def wait_answers(self, count):
         """Waits until `count` requests in the timeline have an outcome, and returns the timeline."""
