@@ -6,7 +6,7 @@ JOBS       ?= 2
 CTEST_ARGS ?=
 BUILD_ARM  ?= build-arm
 
-.PHONY: all deps configure build run test bench fuzz clean
+.PHONY: all deps configure build run test bench fuzz clean web
 
 all: build
 
@@ -24,6 +24,9 @@ run: build
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+
+web: build
+	@$(BUILD)/bin/ircontrol-host web $(WEB_ARGS)
 
 bench: build
 	@$(BUILD)/bin/ircontrol-bench --benchmark_out=$(BUILD)/bench-results.json --benchmark_out_format=json

@@ -4,6 +4,10 @@
 #include <vector>
 
 #include "CRequestParser.h"
+#ifdef IRC_HOST_WEB
+#include "CRequestGuard.h"
+#include "CWebServer.h"
+#endif
 
 namespace ircontrol::host {
 
@@ -46,6 +50,7 @@ int CApp::run() {
     if (!start()) return 1;
     if (options_.command == "demo") return demo();
     if (options_.command == "serve") return serve();
+    if (options_.command == "web") return web();
     return single();
 }
 
@@ -180,6 +185,39 @@ int CApp::serve() {
     }
     catchUp(pending, drainWait());
     return allOk ? 0 : 1;
+}
+
+// Serves until Ctrl-C; then the plugin is destroyed and unloaded here, so the last line can say
+// whether the library really left the process.
+int CApp::web() {
+#ifdef IRC_HOST_WEB
+    echo_.reset();  // the server shows the log lines itself, beside its event stream
+    WebOptions web;
+    const auto listen = options_.values.find("listen");
+    if (listen != options_.values.end()) web.listen = listen->second;
+    web.timeoutMs = options_.timeoutMs;
+    web.echo = options_.verbose ? &err_ : nullptr;
+    web.colour = errIsTerminal_;
+    {
+        CWebServer server(web, session_, setup_);
+        std::string error;
+        if (!server.Listen(error)) return fail(error, 2);
+        std::string address;
+        unsigned port = 0;
+        if (CRequestGuard::ParseListen(web.listen, address, port) && !CRequestGuard::IsLoopback(address)) {
+            err_ << "ircontrol-host: warning: serving beyond this machine (" << web.listen
+                 << "); anyone who can reach it can drive the plugin\n";
+        }
+        out_ << "ircontrol-host: serving " << server.Url() << " (Ctrl-C stops)" << std::endl;
+        server.Run();
+    }
+    const bool unloaded = plugin_.Unload();
+    out_ << "ircontrol-host: stopped; plugin destroyed, library " << (unloaded ? "unloaded" : "still mapped")
+         << std::endl;
+    return unloaded ? 0 : 1;
+#else
+    return fail("this ircontrol-host was built without libsoup-3.0, so it has no web command", 1);
+#endif
 }
 
 }  // namespace ircontrol::host

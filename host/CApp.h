@@ -35,6 +35,7 @@ private:
     int demo();
     int devices();
     int serve();
+    int web();
     int single();
     // Looks again at requests that had no answer in time, printing what came late; waits up to
     // `wait` for each. Drops those that are answered.

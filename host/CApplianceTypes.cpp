@@ -37,4 +37,11 @@ const std::vector<int>& CApplianceTypes::AllowedKeys(const std::string& type) {
     return none;
 }
 
+std::vector<std::string> CApplianceTypes::AcWords(const std::string& field) {
+    if (field == "power") return {"ON", "OFF"};
+    if (field == "mode") return {"AUTO", "COLD", "DEHUMI", "VENT", "HEAT"};
+    if (field == "fan") return {"LOW", "MEDIUM", "HIGH", "AUTO"};
+    return {};
+}
+
 }  // namespace ircontrol::host

@@ -20,6 +20,8 @@ public:
     // appliance type, whatever the codeset's key map says. Empty for the air conditioner (it
     // takes a state, not keys) and for types the service does not drive.
     static const std::vector<int>& AllowedKeys(const std::string& type);
+    // The words an air-conditioner state may carry: field "power", "mode" or "fan".
+    static std::vector<std::string> AcWords(const std::string& field);
 };
 
 }  // namespace ircontrol::host

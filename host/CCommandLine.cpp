@@ -176,6 +176,14 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "a line that cannot be used gets {\"line\",\"id\",\"error\"}. A request that had no answer\n"
          "in time gets a second object with \"late\":true once its answer or transmissions come.\n"
          "Exit status: 0 when every line was usable and answered ok in time, 1 otherwise.\n"},
+        {"web", "serve a web remote: the page, a JSON API and a live event stream (Ctrl-C stops)",
+         {{"listen", "ADDRESS:PORT to serve on (default 127.0.0.1:8088; port 0 picks a free one)"}},
+         "Open the printed address in a browser. The API, JSON in and out:\n"
+         "  POST /api/requests  {\"name\",\"value\",\"kind\"} or {\"properties\":[...]}; ?wait=false answers at once\n"
+         "  POST /api/key, POST /api/ac  the members a serve line takes\n"
+         "  GET, PUT /api/devices  the pairing list, accepted keys and key maps\n"
+         "  GET /api/events  a live stream (Server-Sent Events) of requests, log lines, transmissions, answers\n"
+         "Only requests whose Host and Origin name the served address are taken. Ctrl-C stops.\n"},
     };
     return commands;
 }

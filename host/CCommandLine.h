@@ -14,7 +14,7 @@
 namespace ircontrol::host {
 
 struct Options {
-    std::string command;                       // demo, key, ac, set, devices, serve
+    std::string command;                       // demo, key, ac, set, devices, serve, web
     std::string plugin;                        // empty: the library beside the executable
     std::string devicesFile;
     std::string catalogueFile;

@@ -135,6 +135,13 @@ bool CPlatformSetup::AttachTransmitter(std::string& error) const {
     return false;
 }
 
+bool CPlatformSetup::SetPairing(const std::string& text, std::string& error) {
+    if (!ParsePairing(text, devices_, error)) return false;
+    pairingText_ = text;
+    sim::Settings::SetString(kDevicesKey, pairingText_);
+    return true;
+}
+
 std::string CPlatformSetup::PairedCodeset(const std::string& type) const {
     for (const auto& device : devices_) {
         if (device.type == type) return device.codeset;

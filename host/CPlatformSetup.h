@@ -29,6 +29,9 @@ public:
     void Apply() const;
     // Attaches the --ir-device transmitter (after Apply); false with a reason it cannot be used.
     bool AttachTransmitter(std::string& error) const;
+    // Replaces the pairing list with `text` and writes it to the settings store; false with a
+    // one-line reason (the list unchanged) when it is not a usable pairing list.
+    bool SetPairing(const std::string& text, std::string& error);
 
     const std::string& PairingText() const { return pairingText_; }
     const std::vector<PairedDevice>& Devices() const { return devices_; }

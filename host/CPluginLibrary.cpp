@@ -55,6 +55,24 @@ void CPluginLibrary::Destroy() {
     started_ = false;
 }
 
+bool CPluginLibrary::Unload() {
+    Destroy();
+    if (handle_ == nullptr) return true;
+    Dl_info info{};
+    const std::string path = dladdr(reinterpret_cast<void*>(create_), &info) != 0 && info.dli_fname != nullptr
+                                 ? std::string(info.dli_fname)
+                                 : std::string();
+    dlclose(handle_);
+    handle_ = nullptr;
+    create_ = nullptr;
+    destroy_ = nullptr;
+    if (path.empty()) return false;
+    void* still = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (still == nullptr) return true;
+    dlclose(still);
+    return false;
+}
+
 std::string CPluginLibrary::BesideExecutable() {
     char self[PATH_MAX] = {};
     const ssize_t n = readlink("/proc/self/exe", self, sizeof(self) - 1);

@@ -19,6 +19,8 @@ public:
     void Create();   // CreatePlugin, once
     void Destroy();  // DestroyPlugin, if created and not yet destroyed
     bool Loaded() const { return handle_ != nullptr; }
+    // Destroy, then dlclose; true when the library is no longer mapped afterwards.
+    bool Unload();
 
     // libircontrol-plugin.so in the directory of the running executable (/proc/self/exe).
     static std::string BesideExecutable();

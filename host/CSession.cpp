@@ -100,8 +100,13 @@ RequestResult CSession::Send(const Request& request) {
         CReason::Explain(result, timeoutMs_);
         return result;
     }
+    const sim::HostProperty property = PropertyOf(result);
+    return SendProperties(std::move(result), {property});
+}
+
+RequestResult CSession::SendProperties(RequestResult result, const std::vector<sim::HostProperty>& properties) {
     result.sent = std::chrono::steady_clock::now();
-    result.transaction = sim::Host::SendSet("ircontrol", {PropertyOf(result)});
+    result.transaction = sim::Host::SendSet("ircontrol", properties);
     // Waits in slices, so a request the service leaves unanswered on purpose (its log says so)
     // does not hold the tool for the whole timeout.
     const auto deadline = result.sent + std::chrono::milliseconds(timeoutMs_);

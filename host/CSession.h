@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 #include "Request.h"
 #include "sim/Simulator.h"
@@ -20,6 +21,9 @@ public:
     // Sends a key, ac or set request and waits up to the timeout for its answer. The result has
     // its outcome and, unless it is ok, a one-line reason.
     RequestResult Send(const Request& request);
+    // Sends several properties in one set request, as a host may; `described` names them (label,
+    // summary, property, payload) and has a Set request. Waits and explains as Send does.
+    RequestResult SendProperties(RequestResult described, const std::vector<sim::HostProperty>& properties);
     // Looks again at a result that had no answer in time, waiting up to `wait` for one: takes in a
     // late answer, the transmissions and log lines that came since (marked late). True if
     // anything was added.

@@ -17,6 +17,10 @@ needed=(
   "libclang-rt-dev:glob:/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a"
   "valgrind:cmd:valgrind"
   "lirc:cmd:irsimreceive"
+  "libsoup-3.0-dev:pc:libsoup-3.0"
+  "chromium:file:/usr/bin/chromium"
+  "chromium-driver:file:/usr/bin/chromedriver"
+  "python3-selenium:file:/usr/lib/python3/dist-packages/selenium"
 )
 # `install-deps.sh arm`: also the cross compiler and the emulator of the 32-bit ARM build.
 if [ "${1:-}" = arm ]; then

@@ -45,5 +45,20 @@ TEST(CPluginLibraryTest, RunsOneLifecycleAndUnloadsWhenDestroyed) {
     EXPECT_FALSE(irctest::PluginLoader::IsResident(IRC_PLUGIN_PATH)) << "and unloads it";
 }
 
+TEST(CPluginLibraryTest, UnloadStopsThePluginAndSaysWhetherItLeft) {
+    sim::ResetAll();
+    CPluginLibrary library;
+    EXPECT_TRUE(library.Unload()) << "nothing loaded, nothing mapped";
+    std::string error;
+    ASSERT_TRUE(library.Load(IRC_PLUGIN_PATH, error)) << error;
+    library.Create();
+    // A second handle keeps the library mapped: Unload must notice and say so.
+    irctest::PluginLoader pin(IRC_PLUGIN_PATH);
+    EXPECT_FALSE(library.Unload());
+    EXPECT_FALSE(sim::Host::FindService("ircontrol")) << "stopped all the same";
+    EXPECT_FALSE(library.Loaded());
+    EXPECT_TRUE(pin.Unload());
+}
+
 }  // namespace
 }  // namespace ircontrol::host

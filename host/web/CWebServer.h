@@ -1,0 +1,93 @@
+// ircontrol-host web: an HTTP server (libsoup 3) with the JSON API, the live event stream and
+// the page, over the plugin the tool has loaded. Everything HTTP runs on one GLib main loop on
+// the thread that calls Run(); requests to the plugin run on one worker thread, so a slow answer
+// never stalls the loop. Run() returns on SIGINT or SIGTERM, after the streams are closed and
+// the worker has stopped. Construct, Run and destroy on the same thread. Throws nothing.
+#pragma once
+
+#include <libsoup/soup.h>
+
+#include <cstdint>
+#include <functional>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "CEventHub.h"
+#include "CJobRunner.h"
+#include "CRequestGuard.h"
+#include "CRequestRecorder.h"
+#include "CWebApi.h"
+#include "GlibHandles.h"
+
+namespace ircontrol::host {
+
+struct WebOptions {
+    std::string listen = "127.0.0.1:8088";
+    int timeoutMs = 2000;
+    std::ostream* echo = nullptr;  // --verbose: the plugin's log lines
+    bool colour = false;
+    std::size_t maxStreams = 16;
+    std::size_t maxQueued = 512;
+};
+
+class CWebServer {
+public:
+    CWebServer(const WebOptions& options, CSession& session, CPlatformSetup& setup);
+    ~CWebServer();
+    CWebServer(const CWebServer&) = delete;
+    CWebServer& operator=(const CWebServer&) = delete;
+
+    // Binds the address; false with a one-line reason.
+    bool Listen(std::string& error);
+    std::string Url() const { return url_; }
+    // Serves until SIGINT/SIGTERM (or Quit()), then closes the streams and stops the worker.
+    void Run();
+    void Quit();
+
+private:
+    static void onRequest(SoupServer* server, SoupServerMessage* message, const char* path, GHashTable* query,
+                          gpointer self);
+    static void onEarly(SoupServer* server, SoupServerMessage* message, const char* path, GHashTable* query,
+                        gpointer self);
+    static void onPendingFinished(SoupServerMessage* message, gpointer self);
+    void handle(SoupServerMessage* message, const std::string& path);
+    void api(SoupServerMessage* message, const std::string& method, const std::string& path);
+    void asset(SoupServerMessage* message, const std::string& method, const std::string& path);
+    void reply(SoupServerMessage* message, const WebReply& reply);
+    void complete(uint64_t token, const WebReply& reply);  // loop thread
+    void post(std::function<void()> task);               // any thread, runs on the loop
+    static gboolean onInbox(gpointer self);
+    void shutdown();
+
+    WebOptions options_;
+    GMainContextPtr context_;
+    GMainLoopPtr loop_;
+    std::string address_;
+    unsigned port_ = 0;
+    std::string url_;
+    std::unique_ptr<CRequestGuard> guard_;
+    CEventHub hub_;
+    CRequestRecorder recorder_;
+    CJobRunner runner_;
+    CWebApi api_;
+    GObjectPtr<SoupServer> server_;
+    // Paused API messages waiting for the worker, by token; loop thread only.
+    struct Pending {
+        GObjectPtr<SoupServerMessage> message;
+        gulong finished = 0;
+    };
+    std::map<uint64_t, Pending> pending_;
+    uint64_t nextToken_ = 1;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+    // Tasks posted from the worker for the loop; guarded by inboxMutex_.
+    std::mutex inboxMutex_;
+    std::deque<std::function<void()>> inbox_;
+    GSource* inboxSource_ = nullptr;
+    bool stopped_ = false;
+};
+
+}  // namespace ircontrol::host

@@ -1,0 +1,242 @@
+// The web remote: remotes built from the pairing list, a timeline fed by the server's event
+// stream (shared by every browser), a request composer and a pairing-list editor.
+'use strict';
+
+const requests = new Map();   // id -> {id, request, result, log: [], transmissions: []}
+let selected = 0;
+
+function el(tag, attrs, ...children) {
+  const node = document.createElement(tag);
+  for (const [name, value] of Object.entries(attrs || {})) {
+    if (name === 'class') node.className = value;
+    else if (name === 'text') node.textContent = value;
+    else if (name.startsWith('on')) node.addEventListener(name.slice(2), value);
+    else if (value !== false && value !== undefined && value !== null) node.setAttribute(name, value === true ? '' : value);
+  }
+  for (const child of children) if (child) node.append(child);
+  return node;
+}
+
+function ms(microseconds) { return typeof microseconds === 'number' ? (microseconds / 1000).toFixed(1) + ' ms' : ''; }
+
+async function api(method, path, body) {
+  const init = { method, headers: {} };
+  if (body !== undefined) {
+    init.headers['Content-Type'] = 'application/json';
+    init.body = typeof body === 'string' ? body : JSON.stringify(body);
+  }
+  const response = await fetch(path, init);
+  let data = null;
+  try { data = await response.json(); } catch (e) { data = { error: 'unreadable answer from the server' }; }
+  return { status: response.status, data };
+}
+
+// One line on what became of a request: ok, the refusal and its reason, why no answer came, or
+// why it was not sent at all.
+function outcome(result) {
+  if (!result) return { text: 'waiting…', cls: 'pending' };
+  if (result.error) return { text: 'not sent: ' + result.error, cls: 'bad' };
+  if (result.outcome === 'ok') return { text: 'ok', cls: 'ok' };
+  const code = result.answer ? result.answer.errorCode + ': ' : '';
+  return { text: code + (result.reason || result.outcome || 'no answer'), cls: 'bad' };
+}
+
+function show(output, result) {
+  const o = outcome(result);
+  output.textContent = o.text;
+  output.className = 'result ' + o.cls;
+}
+
+async function send(path, body, output) {
+  output.textContent = 'sending…';
+  output.className = 'result pending';
+  try {
+    const { data } = await api('POST', path, body);
+    show(output, data);
+  } catch (e) {
+    output.textContent = 'the server cannot be reached';
+    output.className = 'result bad';
+  }
+}
+
+// ---- remotes ------------------------------------------------------------------------------
+
+function keyRemote(device, card, output) {
+  const keys = el('div', { class: 'keys', role: 'group', 'aria-label': device.kind + ' keys' });
+  const shown = device.keys.length ? device.keys
+    : device.allowed.map((code) => ({ name: 'key ' + code, code, allowed: true }));
+  for (const key of shown) {
+    const title = key.allowed ? 'key ' + key.code
+      : 'key ' + key.code + ' is not one this appliance accepts';
+    keys.append(el('button', {
+      type: 'button', 'data-key': key.name, 'data-code': key.code, title, disabled: !key.allowed,
+      'aria-label': key.name + (key.allowed ? '' : ' (not accepted)'), text: key.name.replace(/_/g, ' '),
+      onclick: () => send('/api/key', { type: device.type, codeset: device.codeset, key: key.code }, output),
+    }));
+  }
+  if (!shown.length) card.append(el('p', { class: 'note', text: 'No key map and no known keys for this type.' }));
+  card.append(keys);
+}
+
+function select(name, words, value) {
+  const box = el('select', { name });
+  for (const word of words) box.append(el('option', { value: word, text: word, selected: word === value }));
+  return box;
+}
+
+function acRemote(device, card, output) {
+  const form = el('form', { class: 'ac' });
+  const power = select('power', device.ac.power, 'ON');
+  const mode = select('mode', device.ac.mode, 'COLD');
+  const fan = select('fan', device.ac.fan, 'AUTO');
+  const setpoint = el('input', { name: 'setpoint', type: 'number', value: '24', min: '-100', max: '100', step: '1' });
+  form.append(el('div', { class: 'row' },
+    el('label', {}, 'Power', power), el('label', {}, 'Mode', mode),
+    el('label', {}, 'Set point', setpoint), el('label', {}, 'Fan', fan)));
+  form.append(el('button', { type: 'submit', text: 'Send state' }));
+  form.addEventListener('submit', (event) => {
+    event.preventDefault();
+    send('/api/ac', { codeset: device.codeset, power: power.value, mode: mode.value,
+      setpoint: Number(setpoint.value), fan: fan.value }, output);
+  });
+  card.append(form);
+}
+
+function renderRemotes(list) {
+  const box = document.getElementById('remotes');
+  box.replaceChildren();
+  if (!list.devices.length) box.append(el('p', { class: 'note', text: 'No appliance is paired.' }));
+  for (const device of list.devices) {
+    const output = el('output', { class: 'result', 'aria-live': 'polite' });
+    const card = el('article', { class: 'remote', 'data-codeset': device.codeset, 'data-kind': device.kind,
+      'aria-label': device.kind + ' ' + device.codeset });
+    card.append(el('h3', {}, document.createTextNode(device.kind + ' '),
+      el('span', { class: 'sub', text: device.codeset + ' · transmitter #' + device.device_index })));
+    if (device.ac) acRemote(device, card, output);
+    else keyRemote(device, card, output);
+    card.append(output);
+    box.append(card);
+  }
+  const text = document.getElementById('pairing-text');
+  if (document.activeElement !== text) text.value = JSON.stringify(list.pairing, null, 2);
+}
+
+async function loadDevices() {
+  const { status, data } = await api('GET', '/api/devices');
+  if (status === 200) renderRemotes(data);
+}
+
+// ---- timeline -----------------------------------------------------------------------------
+
+function entry(id) {
+  if (!requests.has(id)) requests.set(id, { id, request: null, result: null, log: [], transmissions: [] });
+  return requests.get(id);
+}
+
+function describe(item) {
+  if (item.result && item.result.summary) return item.result.label + ' ' + item.result.summary;
+  const r = item.request || {};
+  if (r.command === 'key') return (r.type || '?') + ' key ' + (r.key !== undefined ? r.key : '?');
+  if (r.command === 'ac') return 'ac ' + [r.power, r.mode, r.setpoint, r.fan].filter((v) => v !== undefined).join(' ');
+  if (r.properties) return r.properties.length + ' properties';
+  return (r.name || 'setKeyEvent') + ' ' + String(r.value === undefined ? '' : JSON.stringify(r.value)).slice(0, 40);
+}
+
+function renderItem(item) {
+  let li = document.querySelector('#timeline li[data-id="' + item.id + '"]');
+  if (!li) {
+    li = el('li', { 'data-id': item.id, tabindex: '0', role: 'option', 'aria-selected': 'false',
+      onclick: () => selectRequest(item.id),
+      onkeydown: (event) => {
+        if (event.key === 'Enter' || event.key === ' ') { event.preventDefault(); selectRequest(item.id); }
+      } });
+    document.getElementById('timeline').prepend(li);
+  }
+  const o = outcome(item.result);
+  const head = el('div', { class: 'head' }, el('span', { class: 'id', text: '#' + item.id }),
+    el('span', { class: 'what', text: describe(item) }), el('span', { class: 'answer ' + o.cls, text: o.text }));
+  const times = [];
+  if (item.result && item.result.elapsedUs !== undefined) {
+    times.push('answer at ' + ms(item.result.elapsedUs) + (item.result.answer && item.result.answer.late ? ' (late)' : ''));
+  }
+  const parts = [head];
+  if (times.length) parts.push(el('div', { class: 'time note', text: times.join(' · ') }));
+  for (const tx of item.transmissions) {
+    parts.push(el('div', { class: 'tx', text: '→ ' + tx.text + ' on air ' + ms(tx.onAirStartUs) + ' – ' +
+      ms(tx.onAirEndUs) + (tx.late ? ' (late)' : '') }));
+  }
+  li.replaceChildren(...parts);
+  li.setAttribute('aria-selected', String(item.id === selected));
+  if (item.id === selected) renderLog();
+}
+
+function selectRequest(id) {
+  selected = id;
+  for (const li of document.querySelectorAll('#timeline li')) {
+    li.setAttribute('aria-selected', String(Number(li.dataset.id) === id));
+  }
+  renderLog();
+}
+
+function renderLog() {
+  const item = requests.get(selected);
+  const list = document.getElementById('log');
+  document.getElementById('log-which').textContent = item ? 'of request #' + item.id : '';
+  list.replaceChildren();
+  if (!item) return;
+  if (!item.log.length) list.append(el('li', { class: 'note', text: 'No log lines yet.' }));
+  for (const line of item.log) {
+    list.append(el('li', { class: 'p' + line.priority, text: line.text.replace(/\x1b\[[0-9;]*m/g, '').trimEnd() }));
+  }
+}
+
+function onEvent(event) {
+  let data;
+  try { data = JSON.parse(event.data); } catch (e) { return; }
+  if (data.type === 'devices') { loadDevices(); return; }
+  if (!data.id) return;   // a log line outside any request
+  const item = entry(data.id);
+  if (data.type === 'request') item.request = data.request;
+  else if (data.type === 'log') item.log.push(data);
+  else if (data.type === 'transmission') item.transmissions.push(data);
+  else if (data.type === 'answer') {
+    item.result = data;
+    // The answer carries the whole record: it wins over what the stream delivered piecemeal.
+    item.log = data.log || item.log;
+    item.transmissions = data.ir || item.transmissions;
+  }
+  if (data.type !== 'log' || data.id === selected) renderItem(item);
+}
+
+function connect() {
+  const status = document.getElementById('status');
+  const source = new EventSource('/api/events');
+  source.onopen = () => { status.textContent = 'live'; status.className = 'status live'; };
+  source.onerror = () => { status.textContent = 'reconnecting…'; status.className = 'status down'; };
+  source.onmessage = onEvent;
+}
+
+// ---- forms --------------------------------------------------------------------------------
+
+function setUpForms() {
+  document.getElementById('composer').addEventListener('submit', (event) => {
+    event.preventDefault();
+    send('/api/requests', {
+      name: document.getElementById('composer-name').value,
+      kind: document.getElementById('composer-kind').value,
+      value: document.getElementById('composer-value').value,
+    }, document.getElementById('composer-result'));
+  });
+  document.getElementById('pairing').addEventListener('submit', async (event) => {
+    event.preventDefault();
+    const output = document.getElementById('pairing-result');
+    const { status, data } = await api('PUT', '/api/devices', document.getElementById('pairing-text').value);
+    output.className = 'result ' + (status === 200 ? 'ok' : 'bad');
+    output.textContent = status === 200 ? 'saved: ' + data.devices.length + ' paired appliance(s)' : data.error;
+    if (status === 200) renderRemotes(data);
+  });
+}
+
+setUpForms();
+connect();
+loadDevices();

@@ -1,0 +1,54 @@
+#include "CWebAssets.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+
+namespace ircontrol::host {
+namespace {
+
+std::string Source(const std::string& name) {
+    std::ifstream in(std::string(IRC_SOURCE_DIR) + "/host/web/assets/" + name, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+TEST(CWebAssetsTest, ServesEachFileAsWrittenWithItsType) {
+    const std::pair<const char*, const char*> files[] = {
+        {"index.html", "text/html; charset=utf-8"},
+        {"app.js", "text/javascript; charset=utf-8"},
+        {"style.css", "text/css; charset=utf-8"},
+    };
+    for (const auto& [name, type] : files) {
+        const WebAsset* asset = CWebAssets::Find(std::string("/") + name);
+        ASSERT_NE(asset, nullptr) << name;
+        EXPECT_STREQ(asset->contentType, type);
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(asset->data), asset->size), Source(name)) << name;
+    }
+    EXPECT_EQ(CWebAssets::Find("/"), CWebAssets::Find("/index.html"));
+    for (const char* missing : {"", "/nothing.js", "/../CMakeLists.txt", "index.html", "/INDEX.HTML"}) {
+        EXPECT_EQ(CWebAssets::Find(missing), nullptr) << missing;
+    }
+}
+
+TEST(CWebAssetsTest, EveryFileThePageLoadsIsEmbedded) {
+    const WebAsset* page = CWebAssets::Find("/");
+    ASSERT_NE(page, nullptr);
+    const std::string html(reinterpret_cast<const char*>(page->data), page->size);
+    const std::regex link(R"re((?:src|href)="(/[^"]*)")re");
+    int links = 0;
+    for (std::sregex_iterator it(html.begin(), html.end(), link), end; it != end; ++it, ++links) {
+        EXPECT_NE(CWebAssets::Find((*it)[1]), nullptr) << (*it)[1];
+    }
+    EXPECT_GE(links, 2);
+    // Nothing from elsewhere: the page works without a network.
+    EXPECT_EQ(html.find("http://"), std::string::npos);
+    EXPECT_EQ(html.find("https://"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace ircontrol::host

@@ -1,0 +1,169 @@
+"""The web remote in headless Chromium: the page drives the real plugin through the server."""
+import json
+import os
+import tempfile
+import unittest
+
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import Select
+
+import browser
+from webhost import WebHost
+
+# A fan key map with one key the service does not accept (15), to see it disabled.
+CATALOGUE = {
+    "HFAN0001": {"power": 10, "speed_up": 11, "turbo": 15},
+    "HRBC0004": {"power": 10, "home": 28, "start": 39},
+    "ZAC00005": {"modes": ["auto", "cool"]},
+}
+
+
+class BrowserTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        catalogue = os.path.join(cls.folder.name, "catalogue.json")
+        with open(catalogue, "w") as out:
+            json.dump({k: json.dumps(v) for k, v in CATALOGUE.items()}, out)
+        cls.host = WebHost("--catalogue", catalogue, "--ir-delay", "40")
+        cls.driver = browser.start()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.driver.quit()
+        status, out, err = cls.host.stop()
+        cls.folder.cleanup()
+        assert status == 0, (status, out, err)
+
+    def setUp(self):
+        self.page = browser.Page(self.driver, self.host.url)
+
+    def newest(self):
+        return self.page.timeline()[0]
+
+    def test_fan_key_shows_answer_and_transmission(self):
+        before = len(self.page.timeline())
+        self.page.press("HFAN0001", "speed_up")
+        self.assertEqual(self.page.remote_result("HFAN0001"), "ok")
+        items = self.page.wait_answers(before + 1)
+        _, answer, tx = items[0]
+        self.assertEqual(answer, "ok")
+        self.assertEqual(len(tx), 1)
+        self.assertIn("hdevice #1 key 11 on air", tx[0])
+
+    def test_keys_outside_the_allow_list_are_disabled(self):
+        states = {b.get_attribute("data-key"): b.is_enabled()
+                  for b in self.page.remote("HFAN0001").find_elements(By.CSS_SELECTOR, "button")}
+        self.assertEqual(states, {"power": True, "speed_up": True, "turbo": False})
+        # A kind without a key map still gets its accepted keys, by number.
+        purifier = [b.get_attribute("data-code")
+                    for b in self.page.remote("HPUR0002").find_elements(By.CSS_SELECTOR, "button")]
+        self.assertEqual(purifier, ["10", "11", "12", "13", "14", "76"])
+
+    def test_refused_key_shows_its_reason(self):
+        payload = json.dumps({"x.com.korvan.deviceType": "oic.d.fan", "x.com.korvan.codesetName": "HFAN0001",
+                              "x.com.korvan.codesetKey": 15})
+        result = self.page.compose(payload)
+        self.assertEqual(result, "key_error: unsupported key (code 5)")
+        item = self.page.wait(lambda d: self.newest() if "unsupported key" in self.newest()[1] else False)
+        self.assertEqual(item[2], [])  # nothing on air
+        log = self.page.select_request(item[0])
+        self.assertTrue(any("error occured: unsupported key" in line for line in log), log)
+
+    def test_request_without_device_type_says_no_answer_and_why(self):
+        result = self.page.compose('{"x.com.korvan.codesetKey":10}')
+        self.assertIn("x.com.korvan.deviceType", result)
+        self.assertIn("sends no answer", result)
+
+    def test_air_conditioner_state_change(self):
+        card = self.page.remote("ZAC00005")
+        Select(card.find_element(By.NAME, "power")).select_by_value("ON")
+        Select(card.find_element(By.NAME, "mode")).select_by_value("HEAT")
+        Select(card.find_element(By.NAME, "fan")).select_by_value("HIGH")
+        setpoint = card.find_element(By.NAME, "setpoint")
+        setpoint.clear()
+        setpoint.send_keys("21")
+        card.find_element(By.CSS_SELECTOR, "button[type=submit]").click()
+        self.assertEqual(self.page.remote_result("ZAC00005"), "ok")
+        item = self.page.wait(lambda d: self.newest() if self.newest()[2] else False)
+        self.assertIn("aircon", item[2][0])
+        self.assertIn("mode=heat", item[2][0])
+        self.assertIn("setpoint=21", item[2][0])
+        self.assertIn("fan=high", item[2][0])
+
+    def test_keyboard_alone_presses_a_key_and_opens_its_log(self):
+        key = self.page.key("HRBC0004", "home")
+        self.driver.execute_script("arguments[0].focus()", key)
+        before = len(self.page.timeline())
+        self.driver.switch_to.active_element.send_keys(Keys.ENTER)
+        items = self.page.wait_answers(before + 1)
+        row = self.driver.find_element(By.CSS_SELECTOR, f'#timeline li[data-id="{items[0][0]}"]')
+        self.driver.execute_script("arguments[0].focus()", row)
+        self.driver.switch_to.active_element.send_keys(Keys.ENTER)
+        self.assertEqual(row.get_attribute("aria-selected"), "true")
+        self.page.wait(lambda d: "key to be IRBlastered : 28" in d.find_element(By.ID, "log").text)
+
+    def test_pairing_edit_changes_the_remotes(self):
+        original = self.driver.find_element(By.ID, "pairing-text").get_attribute("value")
+        edited = {"dev_info": [{"codeset": "HFAN0001", "device_index": 7, "type": "oic.d.fan"},
+                               {"codeset": "HRBC0004", "device_index": 4, "type": "oic.d.robotcleaner"}]}
+        try:
+            self.save_pairing("{not json")
+            self.assertIn("not valid JSON", self.driver.find_element(By.ID, "pairing-result").text)
+            self.assertEqual(len(self.page.remotes()), 5)
+            self.save_pairing(json.dumps(edited))
+            self.page.wait(lambda d: self.page.remotes() == ["HFAN0001", "HRBC0004"])
+            self.page.press("HFAN0001", "power")
+            self.page.wait(lambda d: "hdevice #7 key 10" in " ".join(self.newest()[2]))
+        finally:
+            self.save_pairing(original)
+            self.page.wait(lambda d: len(self.page.remotes()) == 5)
+
+    def save_pairing(self, text):
+        area = self.driver.find_element(By.ID, "pairing-text")
+        self.driver.execute_script("arguments[0].value = arguments[1]", area, text)
+        self.driver.find_element(By.CSS_SELECTOR, "#pairing button[type=submit]").click()
+        self.page.wait(lambda d: d.find_element(By.ID, "pairing-result").text)
+
+    def test_phone_width_has_no_sideways_scrolling(self):
+        self.driver.set_window_size(390, 844)
+        try:
+            self.driver.refresh()
+            page = browser.Page(self.driver, self.host.url)
+            width = self.driver.execute_script("return document.documentElement.scrollWidth")
+            inner = self.driver.execute_script("return window.innerWidth")
+            self.assertLessEqual(width, inner)
+            first = page.key("HFAN0001", "power").rect
+            self.assertGreaterEqual(first["height"], 40)  # big enough for a thumb
+        finally:
+            self.driver.set_window_size(1280, 900)
+
+
+class TwoBrowsersTest(unittest.TestCase):
+    def test_both_see_the_same_events(self):
+        with WebHost() as host:
+            first, second = browser.start(), browser.start()
+            try:
+                a = browser.Page(first, host.url)
+                b = browser.Page(second, host.url)
+                a.press("HFAN0001", "power")
+                b.press("HRBC0004", "start")
+                seen_a = a.wait_answers(2)
+                seen_b = b.wait_answers(2)
+                self.assertEqual(seen_a, seen_b)
+                self.assertEqual(sorted(i[0] for i in seen_a), [1, 2])
+                self.assertEqual({i[1] for i in seen_a}, {"ok"})
+                # A browser that opens later is shown the session so far.
+                third = browser.start()
+                try:
+                    self.assertEqual(browser.Page(third, host.url).wait_answers(2), seen_a)
+                finally:
+                    third.quit()
+            finally:
+                first.quit()
+                second.quit()
+
+
+if __name__ == "__main__":
+    unittest.main()
