@@ -307,7 +307,7 @@ class ShutdownTest(unittest.TestCase):
     def test_address_in_use_is_reported(self):
         with WebHost() as first:
             import subprocess, os, shlex
-            command = shlex.split(os.environ.get("IRC_EMULATOR", "")) + [
+            command = shlex.split(os.environ.get("IRC_TARGET_RUNNER", "")) + [
                 os.environ["IRC_HOST"], "--plugin", os.environ["IRC_PLUGIN"], "web", "--listen",
                 f"127.0.0.1:{first.port}"]
             run = subprocess.run(command, capture_output=True, text=True, timeout=60)

@@ -1,7 +1,7 @@
 """Starts `ircontrol-host web` for a test on a loopback port the OS picks, and talks to it.
 
 The binary, the plugin and an optional emulator prefix (qemu-arm for a cross build) come from the
-environment that ctest sets: IRC_HOST, IRC_PLUGIN, IRC_EMULATOR (space-separated, may be empty).
+environment that ctest sets: IRC_HOST, IRC_PLUGIN, IRC_TARGET_RUNNER (space-separated, may be empty).
 """
 import http.client
 import json
@@ -18,7 +18,7 @@ START_TIMEOUT = 60  # seconds; generous for emulated or loaded machines
 
 class WebHost:
     def __init__(self, *options):
-        command = shlex.split(os.environ.get("IRC_EMULATOR", ""))
+        command = shlex.split(os.environ.get("IRC_TARGET_RUNNER", ""))
         command += [os.environ["IRC_HOST"], "--plugin", os.environ["IRC_PLUGIN"]]
         command += list(options) + ["web", "--listen", "127.0.0.1:0"]
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
