@@ -60,7 +60,15 @@ void CRequestRecorder::Announce(JsonValue event) {
     capture_->publish(event.toString());
 }
 
-JsonValue CRequestRecorder::Run(uint64_t id, const JsonValue& request, const Send& send) {
+void CRequestRecorder::Late(uint64_t id, const RequestResult& result) {
+    JsonValue event = Describe(id, result);
+    event["type"] = "answer";
+    event["late"] = true;
+    event["time_ms"] = Ms(Clock::now() - origin_);
+    capture_->publish(event.toString());
+}
+
+JsonValue CRequestRecorder::Run(uint64_t id, const JsonValue& request, const Send& send, RequestResult* kept) {
     JsonValue started;
     started["type"] = "request";
     started["id"] = static_cast<long long>(id);
@@ -79,6 +87,7 @@ JsonValue CRequestRecorder::Run(uint64_t id, const JsonValue& request, const Sen
         capture_->current = 0;
     }
     JsonValue result;
+    if (sent && kept != nullptr) *kept = outcome;
     if (sent) {
         result = Describe(id, outcome);
     } else {

@@ -34,7 +34,11 @@ public:
     uint64_t NextId() { return nextId_++; }
     // Publishes the request, sends it and returns the result object; "error" and "status" 400
     // instead when `send` refused it.
-    common::json::JsonValue Run(uint64_t id, const common::json::JsonValue& request, const Send& send);
+    // `kept`, when given, receives the tool's result (to look again at one that had no answer).
+    common::json::JsonValue Run(uint64_t id, const common::json::JsonValue& request, const Send& send,
+                                RequestResult* kept = nullptr);
+    // Publishes a result again after a late answer or late transmissions came ("late": true).
+    void Late(uint64_t id, const RequestResult& result);
     // Publishes an event that belongs to no request ("devices" after an edit, ...).
     void Announce(common::json::JsonValue event);
 

@@ -1,5 +1,6 @@
 #include "CWebApi.h"
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <utility>
@@ -12,6 +13,8 @@ namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
+
+constexpr int kLookAgain = 10;  // timeouts to wait, at most, for a late answer
 
 JsonValue IntList(const std::vector<int>& values) {
     JsonValue list(common::json::kArray);
@@ -169,8 +172,10 @@ void CWebApi::enqueue(const JsonValue& request, bool wait, CRequestRecorder::Sen
     const uint64_t id = recorder_.NextId();
     const bool posted = runner_.Post([this, id, request, send, wait, done] {
         try {
-            const JsonValue result = recorder_.Run(id, request, send);
+            RequestResult kept;
+            const JsonValue result = recorder_.Run(id, request, send, &kept);
             if (wait) done(WebReply{result.isMember("error") ? 400u : 200u, result.toString(), ""});
+            if (kept.outcome == Outcome::NoAnswer && kept.transaction != 0) lookAgain(id, kept, kLookAgain);
         } catch (const std::exception& e) {
             if (wait) done(Error(500, std::string("the request failed: ") + e.what()));
         }
@@ -182,6 +187,17 @@ void CWebApi::enqueue(const JsonValue& request, bool wait, CRequestRecorder::Sen
         accepted["queued"] = true;
         done(WebReply{202, accepted.toString(), ""});
     }
+}
+
+// A request that had no answer in time may still get one (the blaster was on air longer than
+// the timeout): look again for a while, one timeout at a time behind the requests queued since,
+// and show what came, marked late.
+void CWebApi::lookAgain(uint64_t id, const RequestResult& result, int tries) {
+    if (tries <= 0) return;
+    runner_.Post([this, id, tries, kept = result]() mutable {
+        if (session_.Refresh(kept, std::chrono::milliseconds(session_.TimeoutMs()))) recorder_.Late(id, kept);
+        if (!kept.answer) lookAgain(id, kept, tries - 1);
+    });
 }
 
 void CWebApi::devices(Done done) {

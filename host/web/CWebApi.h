@@ -46,6 +46,7 @@ private:
     void putDevices(const std::string& body, Done done);
     // Sends one serve-style JSON line ({"command": ..., values}) through the request parser.
     void submit(const common::json::JsonValue& line, bool wait, Done done);
+    void lookAgain(uint64_t id, const RequestResult& result, int tries);
     void enqueue(const common::json::JsonValue& request, bool wait, CRequestRecorder::Send send, Done done);
     common::json::JsonValue devicesJson() const;  // worker thread
 

@@ -20,8 +20,9 @@ def read_events(host, until, timeout=30):
     assert response.status == 200, response.status
     assert response.getheader("Content-Type").startswith("text/event-stream")
     events = []
+    deadline = time.monotonic() + timeout  # the stream's heartbeats would keep a read alive forever
     try:
-        while True:
+        while time.monotonic() < deadline:
             line = response.fp.readline()
             if not line:
                 break
@@ -259,6 +260,22 @@ class ApiTest(unittest.TestCase):
         self.assertEqual([r for r in results if r != (200, "ok")], [])
         self.assertLess(elapsed, 180)
         self.assertEqual(self.post("/api/key", FAN_OK)[0], 200)
+
+
+class LateAnswerTest(unittest.TestCase):
+    def test_an_answer_after_the_timeout_is_published_late(self):
+        with WebHost("--ir-delay", "700", "--timeout", "200") as host:
+            status, _, result = host.request("POST", "/api/key", FAN_OK)
+            self.assertEqual(status, 200)
+            self.assertEqual(result["outcome"], "no answer")
+            wanted = result["id"]
+            events = read_events(host, lambda e: e["type"] == "answer" and e["id"] == wanted and e.get("late"))
+            late = events[-1]
+            self.assertTrue(late.get("late"), events[-3:])
+            self.assertEqual(late["answer"]["errorCode"], "ok")
+            self.assertTrue(late["answer"]["late"])
+            self.assertEqual(late["outcome"], "ok")
+            self.assertEqual(len(late["ir"]), 1)
 
 
 class StreamLimitTest(unittest.TestCase):
