@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <string>
 
@@ -39,10 +38,16 @@ TEST(CWebAssetsTest, EveryFileThePageLoadsIsEmbedded) {
     const WebAsset* page = CWebAssets::Find("/");
     ASSERT_NE(page, nullptr);
     const std::string html(reinterpret_cast<const char*>(page->data), page->size);
-    const std::regex link(R"re((?:src|href)="(/[^"]*)")re");
+    // Every local src="/..." and href="/..." (std::regex trips GCC 12's uninitialised-use
+    // warning under the sanitizers, so the attributes are found by hand).
     int links = 0;
-    for (std::sregex_iterator it(html.begin(), html.end(), link), end; it != end; ++it, ++links) {
-        EXPECT_NE(CWebAssets::Find((*it)[1]), nullptr) << (*it)[1];
+    for (const std::string attribute : {"src=\"/", "href=\"/"}) {
+        for (std::size_t at = html.find(attribute); at != std::string::npos; at = html.find(attribute, at + 1)) {
+            const std::size_t start = at + attribute.size() - 1;
+            const std::string path = html.substr(start, html.find('"', start) - start);
+            EXPECT_NE(CWebAssets::Find(path), nullptr) << path;
+            ++links;
+        }
     }
     EXPECT_GE(links, 2);
     // Nothing from elsewhere: the page works without a network.
