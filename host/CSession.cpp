@@ -126,15 +126,15 @@ RequestResult CSession::SendProperties(RequestResult result, const std::vector<s
 }
 
 bool CSession::collect(RequestResult& result) const {
-    // The journal only grows, in order: what lies beyond the transmissions already taken is new.
-    // A transmission that went on air after the tool's wait for the answer ended is late.
+    // The journal drops its oldest calls when full, so positions in it shift: what is new is what
+    // was recorded after the last transmission already taken. A transmission that went on air
+    // after the tool's wait for the answer ended is late.
     const auto deadline = result.sent + std::chrono::milliseconds(timeoutMs_);
-    std::vector<sim::IrCall> calls = sim::IrBlaster::JournalFor(result.transaction);
-    calls.erase(std::remove_if(calls.begin(), calls.end(), [](const sim::IrCall& c) { return !IsTransmission(c); }),
-                calls.end());
+    const uint64_t taken = result.transmissions.empty() ? 0 : result.transmissions.back().call.sequence;
     bool added = false;
-    for (std::size_t i = result.transmissions.size(); i < calls.size(); ++i) {
-        result.transmissions.push_back({calls[i], calls[i].time > deadline});
+    for (const sim::IrCall& call : sim::IrBlaster::JournalFor(result.transaction)) {
+        if (!IsTransmission(call) || call.sequence <= taken) continue;
+        result.transmissions.push_back({call, call.time > deadline});
         added = true;
     }
     const auto lines = sim::Log::LinesFor(result.transaction);

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -31,8 +32,10 @@ const std::map<std::string, std::string>& DefaultCatalogue() {
 struct IrState {
     std::mutex mutex;
     std::condition_variable changed;
-    std::vector<IrCall> journal;
+    std::deque<IrCall> journal;     // oldest first; trimmed from the front to journalLimit
     bool journalEnabled = true;
+    std::size_t journalLimit = IrBlaster::kDefaultJournalLimit;
+    uint64_t lastSequence = 0;      // never reset: readers resume after a sequence they saw
     std::size_t transmissions = 0;  // counted even when the journal is off
     bool sendResult = true;
     int airconResult = 0;
@@ -60,12 +63,16 @@ void Record(IrCall call) {
         // A transmitter stamps the start itself, before it goes on air.
         if (call.time == std::chrono::steady_clock::time_point{}) call.time = std::chrono::steady_clock::now();
         call.transaction = internal::ServingTransaction();
+        call.sequence = ++s.lastSequence;
         if (IsTransmission(call.function)) {
             ++s.transmissions;
             delay = s.delay;
         }
         call.onAirEnd = call.time + (call.onAir.count() > 0 ? call.onAir : delay);
-        if (s.journalEnabled) s.journal.push_back(std::move(call));
+        if (s.journalEnabled && s.journalLimit > 0) {
+            if (s.journal.size() >= s.journalLimit) s.journal.pop_front();
+            s.journal.push_back(std::move(call));
+        }
     }
     s.changed.notify_all();
     if (delay.count() > 0) std::this_thread::sleep_for(delay);
@@ -116,7 +123,7 @@ const char* ToString(IrCall::Function function) {
 
 std::vector<IrCall> IrBlaster::Journal() {
     std::lock_guard<std::mutex> lock(State().mutex);
-    return State().journal;
+    return {State().journal.begin(), State().journal.end()};
 }
 
 std::vector<IrCall> IrBlaster::JournalFor(uint64_t transaction) {
@@ -137,6 +144,13 @@ void IrBlaster::ClearJournal() {
 void IrBlaster::SetJournalEnabled(bool on) {
     std::lock_guard<std::mutex> lock(State().mutex);
     State().journalEnabled = on;
+}
+
+void IrBlaster::SetJournalLimit(std::size_t limit) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.journalLimit = limit;
+    while (s.journal.size() > limit) s.journal.pop_front();
 }
 
 bool IrBlaster::WaitForTransmissions(std::size_t count, std::chrono::milliseconds timeout) {
@@ -180,6 +194,7 @@ void IrBlaster::Reset() {
     std::lock_guard<std::mutex> lock(s.mutex);
     s.journal.clear();
     s.journalEnabled = true;
+    s.journalLimit = IrBlaster::kDefaultJournalLimit;
     s.transmissions = 0;
     s.sendResult = true;
     s.airconResult = 0;

@@ -62,6 +62,29 @@ TEST_F(CSessionTest, TransmissionsStayWithTheirRequestWhenTheyOutlastTheTimeout)
     EXPECT_EQ(results[3].reason, "unsupported key (code 5)");
 }
 
+TEST_F(CSessionTest, LateTransmissionsAreFoundAfterTheJournalDroppedTheOnesAlreadyTaken) {
+    // One set request with two key events makes two transmissions; the first is taken before
+    // the wait ends, the second comes late and pushes the first out of a one-call journal.
+    sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(400));
+    sim::IrBlaster::SetJournalLimit(1);
+    CSession session(150);
+    RequestResult described = CSession::Describe(Parse("key", {{"type", "fan"}, {"key", "10"}}));
+    const auto keyEvent = sim::HostProperty::Json("setKeyEvent", described.payload);
+    RequestResult result = session.SendProperties(std::move(described), {keyEvent, keyEvent});
+    ASSERT_EQ(result.outcome, Outcome::NoAnswer) << "the first key is still on air when the wait ends";
+    ASSERT_EQ(result.transmissions.size(), 1u);
+    ASSERT_TRUE(sim::IrBlaster::WaitForTransmissions(2, std::chrono::seconds(10)));
+    ASSERT_EQ(sim::IrBlaster::Journal().size(), 1u);
+
+    EXPECT_TRUE(session.Refresh(result, std::chrono::seconds(10)));
+    ASSERT_EQ(result.transmissions.size(), 2u);
+    EXPECT_FALSE(result.transmissions[0].late);
+    EXPECT_TRUE(result.transmissions[1].late);
+    EXPECT_EQ(Keys(result), (std::vector<int>{10, 10}));
+    EXPECT_LT(result.transmissions[0].call.sequence, result.transmissions[1].call.sequence)
+        << "two calls, not one taken twice";
+}
+
 TEST_F(CSessionTest, ResultsCarryTimesAndTheRequestsOwnLogLines) {
     sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(30));
     CSession session(5000);

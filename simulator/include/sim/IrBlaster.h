@@ -23,6 +23,10 @@ struct IrCall {
     std::string mode, power, coolingSetpoint, fanSpeed;
     std::chrono::steady_clock::time_point time;
     uint64_t transaction = 0;    // the request the calling thread served (Host::ServingTransaction)
+    // Numbered from 1 in the order recorded, over the life of the process (never reused, not
+    // even after ClearJournal or Reset): a reader resumes after the last call it took, which
+    // stays right when the journal has dropped older entries meanwhile.
+    uint64_t sequence = 0;
     // Transmissions: when the on-air time ends (time + the transmitter's measured on-air time
     // when one is attached, else + the simulated transmit delay).
     std::chrono::steady_clock::time_point onAirEnd{};
@@ -39,11 +43,17 @@ const char* ToString(IrCall::Function function);   // "send_command_hdevice", ..
 
 class IrBlaster {
 public:
-    static std::vector<IrCall> Journal();
-    static std::vector<IrCall> JournalFor(uint64_t transaction);  // that request's calls, in order
-    static void ClearJournal();
+    static constexpr std::size_t kDefaultJournalLimit = 100000;
+
+    static std::vector<IrCall> Journal();                          // the calls kept, oldest first
+    static std::vector<IrCall> JournalFor(uint64_t transaction);  // that request's calls kept, in order
+    static void ClearJournal();                    // also restarts the transmission count
     static void SetJournalEnabled(bool on);        // on by default
-    // Waits until the journal holds at least `count` transmissions (key maps not counted).
+    // The journal keeps the newest `limit` calls (0: none) and drops older ones, so a long-running
+    // tool does not grow without end; Reset restores the default.
+    static void SetJournalLimit(std::size_t limit);
+    // Waits until at least `count` transmissions were made since the last ClearJournal/Reset
+    // (key maps not counted; calls the journal no longer keeps, or never kept, still count).
     static bool WaitForTransmissions(std::size_t count, std::chrono::milliseconds timeout);
     static void SetSendResult(bool ok);            // hdevice/zdevice result (default true)
     static void SetAirconResult(int code);         // aircon result (default 0)
