@@ -183,9 +183,15 @@ class WaveformTest(unittest.TestCase):
                     zoom_in = figure.find_element(By.CSS_SELECTOR, 'button[aria-label="zoom in"]')
                     driver.execute_script("arguments[0].focus()", zoom_in)
                     driver.switch_to.active_element.send_keys(Keys.ENTER)
-                    wider = page.wait(lambda d: float(d.find_element(By.CSS_SELECTOR, "#timeline .wave svg")
-                                                       .get_attribute("width")))
-                    self.assertGreater(wider, 1.9 * width)
+                    drawn_width = lambda d: float(d.find_element(By.CSS_SELECTOR, "#timeline .wave svg").get_attribute("width"))
+                    # Twice the scale: the frame (without the margins) is drawn twice as wide.
+                    self.assertTrue(page.wait(lambda d: drawn_width(d) > 1.9 * width))
+                    self.assertEqual(figure.find_element(By.CSS_SELECTOR, ".wave-zoom").text, "16 px/ms")
+                    # Zooming leaves the selection alone; a click on the drawing selects its request.
+                    row = driver.find_element(By.CSS_SELECTOR, "#timeline li")
+                    self.assertEqual(row.get_attribute("aria-selected"), "false")
+                    driver.find_element(By.CSS_SELECTOR, "#timeline .wave svg").click()
+                    page.wait(lambda d: row.get_attribute("aria-selected") == "true")
                     # A frame wider than its box scrolls sideways inside it, not the page.
                     box = driver.find_element(By.CSS_SELECTOR, "#timeline .wave-scroll")
                     self.assertGreater(driver.execute_script("return arguments[0].scrollWidth", box),

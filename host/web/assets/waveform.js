@@ -69,7 +69,7 @@ const Waveform = (() => {
       (typeof tx.onAirUs === 'number' ? ' · on air ' + number(tx.onAirUs / 1000, 1) + ' ms' : '') });
     const scroller = el('div', { class: 'wave-scroll', tabindex: '0', role: 'group',
       'aria-label': 'waveform, scrollable' });
-    const zoomText = el('span', { class: 'wave-zoom note' });
+    const zoomText = el('span', { class: 'wave-zoom note', 'aria-live': 'polite' });
     const render = () => {
       const index = zooms.has(key) ? zooms.get(key) : DEFAULT_ZOOM;
       const scale = ZOOMS[index];
@@ -91,11 +91,14 @@ const Waveform = (() => {
       onclick: () => zoom(-1) });
     const zoomIn = el('button', { type: 'button', class: 'small', 'aria-label': 'zoom in', text: '+',
       onclick: () => zoom(1) });
-    const tools = el('div', { class: 'wave-tools' }, caption, zoomOut, zoomIn, zoomText);
+    const tools = el('div', { class: 'wave-tools' }, caption,
+      el('span', { class: 'wave-zoombox' }, zoomOut, zoomText, zoomIn));
     const box = el('figure', { class: 'wave' }, tools, scroller);
-    // The timeline row reacts to clicks and Enter: the figure's own controls keep theirs.
-    box.addEventListener('click', (event) => event.stopPropagation());
-    box.addEventListener('keydown', (event) => event.stopPropagation());
+    // The timeline row selects on click and Enter; the zoom buttons keep theirs to themselves.
+    for (const button of [zoomOut, zoomIn]) {
+      button.addEventListener('click', (event) => event.stopPropagation());
+      button.addEventListener('keydown', (event) => event.stopPropagation());
+    }
     render();
     return box;
   }
