@@ -20,6 +20,7 @@ TEST(CWebAssetsTest, ServesEachFileAsWrittenWithItsType) {
     const std::pair<const char*, const char*> files[] = {
         {"index.html", "text/html; charset=utf-8"},
         {"app.js", "text/javascript; charset=utf-8"},
+        {"waveform.js", "text/javascript; charset=utf-8"},
         {"style.css", "text/css; charset=utf-8"},
     };
     for (const auto& [name, type] : files) {

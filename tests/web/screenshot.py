@@ -1,5 +1,6 @@
 """Writes a screenshot of the web remote after a few requests: screenshot.py OUT.png [WIDTH HEIGHT].
-The fan's key map gets one key the service does not accept ("turbo", 15), to show it disabled."""
+The fan's key map gets one key the service does not accept ("turbo", 15), to show it disabled; the
+transmissions go to a dry-run file, so the timeline shows what went on air."""
 import json
 import os
 import sys
@@ -24,7 +25,8 @@ def main():
         catalogue = os.path.join(folder, "catalogue.json")
         with open(catalogue, "w") as file:
             json.dump({k: json.dumps(v) for k, v in CATALOGUE.items()}, file)
-        with WebHost("--catalogue", catalogue, "--ir-delay", "70") as host:
+        dry_run = "mode2:" + os.path.join(folder, "ir.mode2")
+        with WebHost("--catalogue", catalogue, "--ir-device", dry_run) as host:
             driver = browser.start(width, height)
             try:
                 page = browser.Page(driver, host.url)

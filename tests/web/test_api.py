@@ -1,8 +1,13 @@
 """The web remote's HTTP API, against the real ircontrol-host web with the plugin loaded."""
 import http.client
 import json
+import os
+import re
+import shlex
 import signal
 import socket
+import subprocess
+import tempfile
 import threading
 import time
 import unittest
@@ -276,6 +281,84 @@ class LateAnswerTest(unittest.TestCase):
             self.assertTrue(late["answer"]["late"])
             self.assertEqual(late["outcome"], "ok")
             self.assertEqual(len(late["ir"]), 1)
+
+
+def host_run(*args, timeout=60):
+    """Runs the host tool to its end (a server that starts anyway fails by the timeout)."""
+    command = shlex.split(os.environ.get("IRC_TARGET_RUNNER", ""))
+    command += [os.environ["IRC_HOST"], "--plugin", os.environ["IRC_PLUGIN"], *args]
+    return subprocess.run(command, capture_output=True, text=True, timeout=timeout)
+
+
+def dry_run_transmissions(path):
+    """(header line, [pulse, space, ..., pulse]) per transmission written to a mode2 dry-run file,
+    without the silence written before and after each."""
+    blocks = []
+    with open(path) as file:
+        for line in file.read().splitlines():
+            if line.startswith("# transmission "):
+                blocks.append((line, []))
+            else:
+                kind, value = line.split()
+                blocks[-1][1].append((kind, int(value)))
+    found = []
+    for header, lines in blocks:
+        kinds = [kind for kind, _ in lines]
+        middle = len(kinds) - 2
+        assert kinds == ["space"] + ["pulse", "space"] * (middle // 2) + ["pulse", "space"], (header, kinds)
+        found.append((header, [value for _, value in lines[1:-1]]))
+    return found
+
+
+class IrDeviceTest(unittest.TestCase):
+    def test_what_goes_on_air_is_in_the_result_and_the_event_stream(self):
+        sends = [
+            ("/api/key", FAN_OK, "codeset HFAN0001"),
+            ("/api/ac", {"power": "ON", "mode": "HEAT", "setpoint": 22, "fan": "LOW"}, "codeset ZAC00005"),
+        ]
+        with tempfile.TemporaryDirectory() as folder:
+            dry_run = os.path.join(folder, "ir.mode2")
+            with WebHost("--ir-device", "mode2:" + dry_run) as host:
+                results = []
+                for path, body, _ in sends:
+                    status, _, result = host.request("POST", path, body)
+                    self.assertEqual(status, 200, result)
+                    self.assertEqual(result["outcome"], "ok", result)
+                    results.append(result)
+                last = results[-1]["id"]
+                events = read_events(host, lambda e: e["type"] == "answer" and e["id"] == last)
+            written = dry_run_transmissions(dry_run)
+        self.assertEqual(len(written), len(sends))
+        for (path, _, codeset), result, (header, durations) in zip(sends, results, written):
+            with self.subTest(path):
+                self.assertEqual(len(result["ir"]), 1)
+                tx = result["ir"][0]
+                self.assertIn(codeset, header)
+                self.assertEqual(tx["waveform"], durations)
+                self.assertGreater(len(durations), 10)
+                self.assertEqual(tx["carrier"], int(re.search(r"carrier (\d+) Hz", header).group(1)))
+                self.assertGreater(tx["carrier"], 0)
+                self.assertEqual(tx["onAirUs"], sum(durations))
+                self.assertEqual(tx["onAirEndUs"] - tx["onAirStartUs"], tx["onAirUs"])
+                self.assertNotIn("transmitError", tx)
+                # The page draws from the live event as well as from the result.
+                live = [e for e in events if e["type"] == "transmission" and e["id"] == result["id"]]
+                self.assertEqual([(e["waveform"], e["carrier"]) for e in live], [(durations, tx["carrier"])])
+
+    def test_unusable_device_stops_web_at_start_as_it_stops_key(self):
+        cases = [
+            ("/dev/null", "--ir-device /dev/null: /dev/null is not a lirc device"),
+            ("/nonexistent/lirc7", "--ir-device /nonexistent/lirc7: cannot open /nonexistent/lirc7: no such device"),
+            ("mode2:/nonexistent/dir/x", "--ir-device mode2:/nonexistent/dir/x: cannot write /nonexistent/dir/x"),
+        ]
+        for device, says in cases:
+            with self.subTest(device):
+                web = host_run("--ir-device", device, "web", "--listen", "127.0.0.1:0")
+                self.assertEqual(web.returncode, 1, web.stderr)
+                self.assertIn(says, web.stderr)
+                self.assertEqual(web.stdout, "")
+                key = host_run("--ir-device", device, "key", "--type", "fan", "--key", "10")
+                self.assertEqual((web.returncode, web.stderr), (key.returncode, key.stderr))
 
 
 class StreamLimitTest(unittest.TestCase):

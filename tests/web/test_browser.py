@@ -1,6 +1,8 @@
 """The web remote in headless Chromium: the page drives the real plugin through the server."""
 import json
+import math
 import os
+import re
 import tempfile
 import unittest
 
@@ -138,6 +140,66 @@ class BrowserTest(unittest.TestCase):
             self.assertGreaterEqual(first["height"], 40)  # big enough for a thumb
         finally:
             self.driver.set_window_size(1280, 900)
+
+
+def dry_run_last(path):
+    """(carrier in Hz, [pulse, space, ..., pulse]) of the last transmission in a mode2 dry-run file."""
+    with open(path) as file:
+        text = file.read()
+    header, body = text.rsplit("# transmission ", 1)[1].split("\n", 1)
+    durations = [int(line.split()[1]) for line in body.splitlines()][1:-1]  # without the silences
+    return int(re.search(r"carrier (\d+) Hz", header).group(1)), durations
+
+
+class WaveformTest(unittest.TestCase):
+    def test_transmission_is_drawn_with_its_text_and_zooms_by_keyboard(self):
+        with tempfile.TemporaryDirectory() as folder:
+            dry_run = os.path.join(folder, "ir.mode2")
+            with WebHost("--ir-device", "mode2:" + dry_run) as host:
+                driver = browser.start()
+                try:
+                    page = browser.Page(driver, host.url)
+                    page.press("HFAN0001", "power")
+                    self.assertEqual(page.remote_result("HFAN0001"), "ok")
+                    figure = page.wait(lambda d: d.find_elements(By.CSS_SELECTOR, "#timeline .wave"))[0]
+                    carrier, durations = dry_run_last(dry_run)
+                    marks = math.ceil(len(durations) / 2)
+                    total_ms = round(sum(durations) / 1000, 1)
+                    words = f"{marks} marks, {total_ms:g} ms, {round(carrier / 1000, 1):g} kHz"
+                    self.assertEqual(figure.find_element(By.CSS_SELECTOR, "figcaption").text,
+                                     f"{words} · on air {total_ms:g} ms")
+                    picture = figure.find_element(By.CSS_SELECTOR, "svg")
+                    self.assertEqual(picture.get_attribute("role"), "img")
+                    self.assertEqual(picture.get_attribute("aria-label"), words)
+                    drawn = [int(r.get_attribute("data-us")) for r in picture.find_elements(By.CSS_SELECTOR, "rect.mark")]
+                    self.assertEqual(drawn, durations[0::2])
+                    # Marks sit where the file has them: the last one ends at the frame's length.
+                    last = picture.find_elements(By.CSS_SELECTOR, "rect.mark")[-1]
+                    first = picture.find_elements(By.CSS_SELECTOR, "rect.mark")[0]
+                    scale = (float(last.get_attribute("x")) + float(last.get_attribute("width"))
+                             - float(first.get_attribute("x"))) / (sum(durations) / 1000)
+                    self.assertAlmostEqual(scale, 8, delta=0.05)
+                    width = float(picture.get_attribute("width"))
+                    zoom_in = figure.find_element(By.CSS_SELECTOR, 'button[aria-label="zoom in"]')
+                    driver.execute_script("arguments[0].focus()", zoom_in)
+                    driver.switch_to.active_element.send_keys(Keys.ENTER)
+                    drawn_width = lambda d: float(d.find_element(By.CSS_SELECTOR, "#timeline .wave svg").get_attribute("width"))
+                    # Twice the scale: the frame (without the margins) is drawn twice as wide.
+                    self.assertTrue(page.wait(lambda d: drawn_width(d) > 1.9 * width))
+                    self.assertEqual(figure.find_element(By.CSS_SELECTOR, ".wave-zoom").text, "16 px/ms")
+                    # Zooming leaves the selection alone; a click on the drawing selects its request.
+                    row = driver.find_element(By.CSS_SELECTOR, "#timeline li")
+                    self.assertEqual(row.get_attribute("aria-selected"), "false")
+                    driver.find_element(By.CSS_SELECTOR, "#timeline .wave svg").click()
+                    page.wait(lambda d: row.get_attribute("aria-selected") == "true")
+                    # A frame wider than its box scrolls sideways inside it, not the page.
+                    box = driver.find_element(By.CSS_SELECTOR, "#timeline .wave-scroll")
+                    self.assertGreater(driver.execute_script("return arguments[0].scrollWidth", box),
+                                       driver.execute_script("return arguments[0].clientWidth", box))
+                    self.assertLessEqual(driver.execute_script("return document.documentElement.scrollWidth"),
+                                         driver.execute_script("return window.innerWidth"))
+                finally:
+                    driver.quit()
 
 
 class TwoBrowsersTest(unittest.TestCase):

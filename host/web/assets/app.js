@@ -161,10 +161,12 @@ function renderItem(item) {
   }
   const parts = [head];
   if (times.length) parts.push(el('div', { class: 'time note', text: times.join(' · ') }));
-  for (const tx of item.transmissions) {
+  item.transmissions.forEach((tx, index) => {
     parts.push(el('div', { class: 'tx', text: '→ ' + tx.text + ' on air ' + ms(tx.onAirStartUs) + ' – ' +
       ms(tx.onAirEndUs) + (tx.late ? ' (late)' : '') }));
-  }
+    if (tx.transmitError) parts.push(el('div', { class: 'tx bad', text: 'not on air: ' + tx.transmitError }));
+    if (Array.isArray(tx.waveform) && tx.waveform.length) parts.push(Waveform.figure(tx, item.id + ':' + index));
+  });
   li.replaceChildren(...parts);
   li.setAttribute('aria-selected', String(item.id === selected));
   if (item.id === selected) renderLog();
