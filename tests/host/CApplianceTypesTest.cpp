@@ -7,26 +7,13 @@
 
 #include "CPlatformSetup.h"
 #include "CPluginLibrary.h"
+#include "LoadedPluginTest.h"
 #include "CSession.h"
 
 namespace ircontrol::host {
 namespace {
 
-// The built plugin on the simulated platform with the tool's defaults, no on-air time.
-class CApplianceTypesTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        sim::ResetAll();
-        setup_.Apply();
-        std::string error;
-        ASSERT_TRUE(plugin_.Load(IRC_PLUGIN_PATH, error)) << error;
-        plugin_.Create();
-    }
-    void TearDown() override { plugin_.Destroy(); }
-
-    CPlatformSetup setup_;
-    CPluginLibrary plugin_;
-};
+using CApplianceTypesTest = LoadedPluginTest;
 
 // The codes tried for every type: the allow-lists' whole neighbourhood and values far outside.
 std::set<int> CodesToTry(const std::vector<int>& allowed) {

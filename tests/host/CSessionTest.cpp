@@ -4,23 +4,14 @@
 
 #include "CPlatformSetup.h"
 #include "CPluginLibrary.h"
+#include "LoadedPluginTest.h"
 #include "CRequestParser.h"
 
 namespace ircontrol::host {
 namespace {
 
-// The built plugin on the simulated platform with the tool's defaults; one lifecycle per test.
-class CSessionTest : public ::testing::Test {
+class CSessionTest : public LoadedPluginTest {
 protected:
-    void SetUp() override {
-        sim::ResetAll();
-        setup_.Apply();
-        std::string error;
-        ASSERT_TRUE(plugin_.Load(IRC_PLUGIN_PATH, error)) << error;
-        plugin_.Create();
-    }
-    void TearDown() override { plugin_.Destroy(); }
-
     Request Parse(const std::string& command, const NamedValues& values) {
         Request request;
         std::string error;
@@ -33,9 +24,6 @@ protected:
         for (const auto& t : result.transmissions) keys.push_back(t.call.key);
         return keys;
     }
-
-    CPlatformSetup setup_;
-    CPluginLibrary plugin_;
 };
 
 TEST_F(CSessionTest, TransmissionsStayWithTheirRequestWhenTheyOutlastTheTimeout) {

@@ -102,10 +102,7 @@ CIrBackend::Result CIrBackend::SendKey(const std::string& pairing, int key, int 
             t.scancode = found->scancode;
         }
     } catch (const std::exception& e) {
-        Result result;
-        result.error = e.what();
-        result.transmission = std::move(t);
-        return result;
+        return refused(std::move(t), e);
     }
     return send(std::move(t));
 }
@@ -125,12 +122,16 @@ CIrBackend::Result CIrBackend::SendAircon(const std::string& pairing, int device
         const auto bytes = CAcFrameEncoder::BuildFrame(codeset.frame, state);
         t.train = CAcFrameEncoder::Encode(codeset.frame, bytes, codeset.carrier, codeset.dutyCycle);
     } catch (const std::exception& e) {
-        Result result;
-        result.error = e.what();
-        result.transmission = std::move(t);
-        return result;
+        return refused(std::move(t), e);
     }
     return send(std::move(t));
+}
+
+CIrBackend::Result CIrBackend::refused(Transmission transmission, const std::exception& why) {
+    Result result;
+    result.error = why.what();
+    result.transmission = std::move(transmission);
+    return result;
 }
 
 CIrBackend::Result CIrBackend::send(Transmission transmission) {

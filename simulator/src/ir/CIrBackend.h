@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <exception>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -39,6 +40,8 @@ public:
 private:
     const Codeset& pairedCodeset(const std::string& pairing, int deviceIndex) const;
     Result send(Transmission transmission);
+    // What could not be encoded for the transmitter: nothing sent, the reason kept.
+    static Result refused(Transmission transmission, const std::exception& why);
 
     std::shared_ptr<const CCodesetLibrary> codesets_;
     std::unique_ptr<ITransmitter> transmitter_;
