@@ -240,8 +240,8 @@ bool IrBlaster::SetCodesets(const std::string& text, std::string& error) {
 
 std::string IrBlaster::DefaultCodesets() { return ir::DefaultCodesetsText(); }
 
-bool IrBlaster::SetTransmitter(const std::string& spec, std::string& error) {
-    if (spec.empty()) {
+bool IrBlaster::SetTransmitter(const std::string& device, std::string& error) {
+    if (device.empty()) {
         std::lock_guard<std::mutex> lock(State().mutex);
         State().backend.reset();
         return true;
@@ -257,7 +257,7 @@ bool IrBlaster::SetTransmitter(const std::string& spec, std::string& error) {
         codesets = State().codesets;
     }
     try {
-        auto backend = std::make_shared<ir::CIrBackend>(codesets, ir::CIrBackend::OpenTransmitter(spec, *codesets));
+        auto backend = std::make_shared<ir::CIrBackend>(codesets, ir::CIrBackend::OpenTransmitter(device, *codesets));
         std::lock_guard<std::mutex> lock(State().mutex);
         State().backend = std::move(backend);
     } catch (const std::exception& e) {

@@ -73,7 +73,7 @@ public:
     // Sends every transmission, encoded from the codesets (the defaults if none were set), to
     // "mode2:FILE" (a dry run) or a Linux IR transmitter "/dev/lircN"; "" detaches. Results and
     // on-air time then come from the transmitter. false with a reason when it cannot be used.
-    static bool SetTransmitter(const std::string& spec, std::string& error);
+    static bool SetTransmitter(const std::string& device, std::string& error);
     static void Reset();                           // default catalogue, results, no delay, no transmitter
 };
 

@@ -29,11 +29,11 @@ PulseTrain Copies(const PulseTrain& once, std::uint32_t repeats) {
 CIrBackend::CIrBackend(std::shared_ptr<const CCodesetLibrary> codesets, std::unique_ptr<ITransmitter> transmitter)
     : codesets_(std::move(codesets)), transmitter_(std::move(transmitter)) {}
 
-std::unique_ptr<ITransmitter> CIrBackend::OpenTransmitter(const std::string& spec, const CCodesetLibrary& codesets) {
+std::unique_ptr<ITransmitter> CIrBackend::OpenTransmitter(const std::string& device, const CCodesetLibrary& codesets) {
     const std::string dryRun = "mode2:";
-    if (spec.compare(0, dryRun.size(), dryRun) == 0) {
-        if (spec.size() == dryRun.size()) throw CTransmitError("mode2: needs a file name (mode2:FILE)");
-        return std::make_unique<CMode2Sink>(spec.substr(dryRun.size()));
+    if (device.compare(0, dryRun.size(), dryRun) == 0) {
+        if (device.size() == dryRun.size()) throw CTransmitError("mode2: needs a file name (mode2:FILE)");
+        return std::make_unique<CMode2Sink>(device.substr(dryRun.size()));
     }
     std::vector<std::pair<std::string, std::uint32_t>> carriers;
     std::set<std::uint32_t> seen;
@@ -47,7 +47,7 @@ std::unique_ptr<ITransmitter> CIrBackend::OpenTransmitter(const std::string& spe
             carriers.emplace_back(codeset.name, codeset.carrier);
         }
     }
-    return std::make_unique<CLircTransmitter>(spec, std::make_shared<CLircDevice>(), carriers);
+    return std::make_unique<CLircTransmitter>(device, std::make_shared<CLircDevice>(), carriers);
 }
 
 const Codeset& CIrBackend::pairedCodeset(const std::string& pairing, int deviceIndex) const {

@@ -33,7 +33,7 @@ public:
 
     // "mode2:FILE" for the dry-run file, anything else is a lirc device node. Throws
     // CTransmitError when it cannot be used.
-    static std::unique_ptr<ITransmitter> OpenTransmitter(const std::string& spec, const CCodesetLibrary& codesets);
+    static std::unique_ptr<ITransmitter> OpenTransmitter(const std::string& device, const CCodesetLibrary& codesets);
 
     const ITransmitter& Transmitter() const { return *transmitter_; }
 

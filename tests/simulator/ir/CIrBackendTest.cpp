@@ -161,9 +161,9 @@ TEST(CIrBackendTest, FailsWithAReasonAndWritesNothing) {
 
 TEST(CIrBackendTest, RefusesAnUnusableTransmitterSpec) {
     const auto codesets = CCodesetLibrary::Parse(DefaultCodesetsText());
-    for (const std::string spec : {"mode2:", "mode2:/nonexistent-dir/x.txt", "/nonexistent/lirc9"}) {
-        SCOPED_TRACE(spec);
-        EXPECT_THROW(CIrBackend::OpenTransmitter(spec, *codesets), CTransmitError);
+    for (const std::string device : {"mode2:", "mode2:/nonexistent-dir/x.txt", "/nonexistent/lirc9"}) {
+        SCOPED_TRACE(device);
+        EXPECT_THROW(CIrBackend::OpenTransmitter(device, *codesets), CTransmitError);
     }
 }
 
