@@ -43,6 +43,7 @@ CRequestRecorder::CRequestRecorder(Publish publish, std::ostream* echo, bool col
         auto capture = weak.lock();
         if (!capture) return;
         std::lock_guard<std::mutex> lock(capture->mutex);
+        if (!capture->publish) return;  // the recorder is gone
         if (capture->echo != nullptr) {
             *capture->echo << CLogEcho::Format(line.priority, line.tag, line.text, capture->colour) << std::endl;
         }
@@ -53,7 +54,15 @@ CRequestRecorder::CRequestRecorder(Publish publish, std::ostream* echo, bool col
     });
 }
 
-CRequestRecorder::~CRequestRecorder() { sim::Log::SetListener(nullptr); }
+CRequestRecorder::~CRequestRecorder() {
+    sim::Log::SetListener(nullptr);
+    // The simulator calls a listener outside its own lock, so a line may already be on its way
+    // in the plugin's worker. It publishes under the capture's lock: waiting for that lock and
+    // dropping the publisher keeps it, and any later one, away from the event hub, which goes
+    // right after this recorder.
+    std::lock_guard<std::mutex> lock(capture_->mutex);
+    capture_->publish = nullptr;
+}
 
 void CRequestRecorder::Announce(JsonValue event) {
     event["time_ms"] = Ms(Clock::now() - origin_);

@@ -2,9 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <dlog.h>
+
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "CApplianceTypes.h"
@@ -17,6 +23,49 @@ namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
+using namespace std::chrono_literals;
+
+// A plugin thread may be inside the recorder's log listener when the web server goes away; the
+// event hub it publishes to goes right after the recorder, so the recorder must not finish its
+// destruction while that line is still being published.
+TEST(CRequestRecorderTest, ThreadSafeTeardownWaitsForALineBeingPublished) {
+    sim::ResetAll();
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool inside = false, release = false;
+    std::atomic<int> published{0};
+    auto recorder = std::make_unique<CRequestRecorder>(
+        [&](const std::string&) {
+            ++published;
+            std::unique_lock<std::mutex> lock(mutex);
+            inside = true;
+            changed.notify_all();
+            changed.wait_for(lock, 10s, [&] { return release; });
+        },
+        nullptr, false);
+    std::thread plugin([] { dlog_print(DLOG_INFO, "IRCONTROL", "a line on its way"); });
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        ASSERT_TRUE(changed.wait_for(lock, 10s, [&] { return inside; }));
+    }
+    std::atomic<bool> destroyed{false};
+    std::thread owner([&] {
+        recorder.reset();
+        destroyed = true;
+    });
+    std::this_thread::sleep_for(200ms);
+    EXPECT_FALSE(destroyed) << "the recorder was gone while its listener was still publishing";
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        release = true;
+    }
+    changed.notify_all();
+    owner.join();
+    plugin.join();
+    EXPECT_TRUE(destroyed);
+    dlog_print(DLOG_INFO, "IRCONTROL", "a line after the recorder");
+    EXPECT_EQ(published, 1);
+}
 
 TEST(CRequestRecorderTest, DescribeAddsWhatThePageShowsToTheToolsResult) {
     RequestResult result;
