@@ -119,7 +119,8 @@ void CMsgQueue::Quit() {
 
 bool CMsgQueue::isEmptyQueue() { return queue_.IsEmpty(); }
 
-void CMsgQueue::clearData() { queue_.Clear(); }
+// Only the worker's last act: stopping is final, so the container is closed as it is emptied.
+void CMsgQueue::clearData() { queue_.Close(); }
 
 void CMsgQueue::runDispatchingThread() {
     IRC_LOGI("QUEUE[%s] thread started", name_.c_str());
@@ -135,7 +136,7 @@ void CMsgQueue::runDispatchingThread() {
             condition_.wait_until(lock, std::chrono::steady_clock::now() + std::chrono::seconds(1));
         }
         IRC_LOGE("[%s] ESCAPE!", name_.c_str());
-        queue_.Close();
+        clearData();
         lock.unlock();
     } catch (const std::exception& e) {
         IRC_LOGE("Exception: %s", e.what());

@@ -55,7 +55,7 @@ public:
     void EnqueueData(ThreadJob& job);  // throws std::runtime_error once stopped
     void Quit();                       // asks the worker to stop; does not wait
     bool isEmptyQueue();
-    void clearData();
+    void clearData();                  // discards the queued jobs and refuses any later ones
 
 private:
     void runDispatchingThread();
