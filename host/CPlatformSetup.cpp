@@ -23,8 +23,8 @@ const char kDefaultPairing[] =
     R"({"codeset":"HRBC0004","device_index":4,"type":"oic.d.robotcleaner"},)"
     R"({"codeset":"ZAC00005","device_index":5,"type":"oic.d.airconditioner"}]})";
 
-// False with the reason after "cannot read --devices file X": a directory opens as a stream on
-// Linux and reads as empty, which would otherwise be reported as "not valid JSON".
+// False with the reason after "cannot read ... file X": a directory opens as a stream on Linux
+// and reads as empty, which would otherwise be reported as "not valid JSON".
 bool ReadFile(const std::string& path, std::string& text, std::string& why) {
     struct stat info {};
     if (stat(path.c_str(), &info) != 0) {
@@ -44,6 +44,17 @@ bool ReadFile(const std::string& path, std::string& text, std::string& why) {
     buffer << in.rdbuf();
     text = buffer.str();
     return true;
+}
+
+// The file named by --<option>, or false with "cannot read --<option> file X: <why>" and
+// *badPath set (a mistake on the command line rather than in the file's contents).
+bool ReadOptionFile(const std::string& option, const std::string& path, std::string& text, std::string& error,
+                    bool* badPath) {
+    std::string why;
+    if (ReadFile(path, text, why)) return true;
+    error = "cannot read --" + option + " file " + path + why;
+    if (badPath != nullptr) *badPath = true;
+    return false;
 }
 
 }  // namespace
@@ -70,12 +81,7 @@ const std::string* CPlatformSetup::KeyMap(const std::string& codeset) const {
 bool CPlatformSetup::Load(const Options& options, std::string& error, bool* badPath) {
     if (badPath != nullptr) *badPath = false;
     if (!options.devicesFile.empty()) {
-        std::string why;
-        if (!ReadFile(options.devicesFile, pairingText_, why)) {
-            error = "cannot read --devices file " + options.devicesFile + why;
-            if (badPath != nullptr) *badPath = true;
-            return false;
-        }
+        if (!ReadOptionFile("devices", options.devicesFile, pairingText_, error, badPath)) return false;
         if (!ParsePairing(pairingText_, devices_, error)) {
             error = options.devicesFile + ": " + error;
             return false;
@@ -83,12 +89,7 @@ bool CPlatformSetup::Load(const Options& options, std::string& error, bool* badP
     }
     if (!options.catalogueFile.empty()) {
         std::string text;
-        std::string why;
-        if (!ReadFile(options.catalogueFile, text, why)) {
-            error = "cannot read --catalogue file " + options.catalogueFile + why;
-            if (badPath != nullptr) *badPath = true;
-            return false;
-        }
+        if (!ReadOptionFile("catalogue", options.catalogueFile, text, error, badPath)) return false;
         if (!ParseCatalogue(text, catalogue_, error)) {
             error = options.catalogueFile + ": " + error;
             return false;
@@ -96,12 +97,7 @@ bool CPlatformSetup::Load(const Options& options, std::string& error, bool* badP
         catalogueGiven_ = true;
     }
     if (!options.codesetsFile.empty()) {
-        std::string why;
-        if (!ReadFile(options.codesetsFile, codesetsText_, why)) {
-            error = "cannot read --codesets file " + options.codesetsFile + why;
-            if (badPath != nullptr) *badPath = true;
-            return false;
-        }
+        if (!ReadOptionFile("codesets", options.codesetsFile, codesetsText_, error, badPath)) return false;
         // Checked now, so a bad file is refused before anything starts.
         std::vector<std::pair<std::string, std::string>> keyMaps;
         if (!sim::IrBlaster::CodesetKeyMaps(codesetsText_, keyMaps, error)) {
