@@ -12,8 +12,8 @@
 #include <thread>
 
 #include "SimInternal.h"
-#include "ir/CIrBackend.h"
-#include "ir/codeset/DefaultCodesets.h"
+#include "infrared/CIrBackend.h"
+#include "infrared/codeset/DefaultCodesets.h"
 #include "sim/Simulator.h"
 
 namespace sim {
@@ -41,8 +41,8 @@ struct IrState {
     int airconResult = 0;
     std::chrono::microseconds delay{0};
     std::map<std::string, std::string> catalogue = DefaultCatalogue();
-    std::shared_ptr<const ir::CCodesetLibrary> codesets;    // null until SetCodesets
-    std::shared_ptr<ir::CIrBackend> backend;               // null: journal only
+    std::shared_ptr<const infrared::CCodesetLibrary> codesets;    // null until SetCodesets
+    std::shared_ptr<infrared::CIrBackend> backend;               // null: journal only
 };
 
 IrState& State() {
@@ -80,13 +80,13 @@ void Record(IrCall call) {
 
 constexpr char kPairingKey[] = "db/tavrell/irplugin/devices";
 
-std::shared_ptr<ir::CIrBackend> Backend() {
+std::shared_ptr<infrared::CIrBackend> Backend() {
     std::lock_guard<std::mutex> lock(State().mutex);
     return State().backend;
 }
 
 // Copies what the transmitter was given into the journal entry; true when it was sent.
-bool Fill(IrCall& call, const ir::CIrBackend::Result& result) {
+bool Fill(IrCall& call, const infrared::CIrBackend::Result& result) {
     call.waveform = result.transmission.train.durations;
     call.carrier = result.transmission.train.carrier;
     call.onAir = result.onAir;
@@ -205,9 +205,9 @@ void IrBlaster::Reset() {
 }
 
 namespace {
-std::shared_ptr<const ir::CCodesetLibrary> ParseCodesets(const std::string& text, std::string& error) {
+std::shared_ptr<const infrared::CCodesetLibrary> ParseCodesets(const std::string& text, std::string& error) {
     try {
-        return ir::CCodesetLibrary::Parse(text);
+        return infrared::CCodesetLibrary::Parse(text);
     } catch (const std::exception& e) {
         error = e.what();
         return nullptr;
@@ -221,7 +221,7 @@ bool IrBlaster::CodesetKeyMaps(const std::string& text, std::vector<std::pair<st
     if (!codesets) return false;
     out.clear();
     for (const auto& codeset : codesets->Codesets()) {
-        out.emplace_back(codeset.name, ir::CCodesetLibrary::KeyMapText(codeset));
+        out.emplace_back(codeset.name, infrared::CCodesetLibrary::KeyMapText(codeset));
     }
     return true;
 }
@@ -233,12 +233,12 @@ bool IrBlaster::SetCodesets(const std::string& text, std::string& error) {
     State().codesets = codesets;
     State().catalogue.clear();
     for (const auto& codeset : codesets->Codesets()) {
-        State().catalogue[codeset.name] = ir::CCodesetLibrary::KeyMapText(codeset);
+        State().catalogue[codeset.name] = infrared::CCodesetLibrary::KeyMapText(codeset);
     }
     return true;
 }
 
-std::string IrBlaster::DefaultCodesets() { return ir::DefaultCodesetsText(); }
+std::string IrBlaster::DefaultCodesets() { return infrared::DefaultCodesetsText(); }
 
 bool IrBlaster::SetTransmitter(const std::string& device, std::string& error) {
     if (device.empty()) {
@@ -246,7 +246,7 @@ bool IrBlaster::SetTransmitter(const std::string& device, std::string& error) {
         State().backend.reset();
         return true;
     }
-    std::shared_ptr<const ir::CCodesetLibrary> codesets;
+    std::shared_ptr<const infrared::CCodesetLibrary> codesets;
     {
         std::lock_guard<std::mutex> lock(State().mutex);
         codesets = State().codesets;
@@ -257,7 +257,7 @@ bool IrBlaster::SetTransmitter(const std::string& device, std::string& error) {
         codesets = State().codesets;
     }
     try {
-        auto backend = std::make_shared<ir::CIrBackend>(codesets, ir::CIrBackend::OpenTransmitter(device, *codesets));
+        auto backend = std::make_shared<infrared::CIrBackend>(codesets, infrared::CIrBackend::OpenTransmitter(device, *codesets));
         std::lock_guard<std::mutex> lock(State().mutex);
         State().backend = std::move(backend);
     } catch (const std::exception& e) {
@@ -319,7 +319,7 @@ extern "C" int irkt_irbl_set_aircon_states_and_send_command(int device_index, co
         result = sim::State().airconResult;
     }
     if (const auto backend = sim::Backend()) {
-        const sim::ir::AcState state{call.power, call.mode, call.coolingSetpoint, call.fanSpeed};
+        const infrared::AcState state{call.power, call.mode, call.coolingSetpoint, call.fanSpeed};
         call.time = std::chrono::steady_clock::now();
         result = sim::Fill(call, backend->SendAircon(sim::Pairing(), device_index, state)) ? 0 : -1;
     }

@@ -1,0 +1,49 @@
+#include "infrared/encode/CProntoCode.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+#include <vector>
+
+namespace infrared {
+namespace {
+
+// The Pronto's carrier clock: one frequency unit is 0.241246 microseconds.
+constexpr double kProntoClockMicroseconds = 0.241246;
+
+}  // namespace
+
+PulseTrain CProntoCode::Parse(const std::string& text, std::uint32_t dutyCycle) {
+    std::istringstream in(text);
+    std::vector<std::uint32_t> words;
+    std::string word;
+    while (in >> word) {
+        if (word.size() != 4) throw std::invalid_argument("'" + word + "' is not a 4-digit hex word");
+        char* end = nullptr;
+        const unsigned long value = std::strtoul(word.c_str(), &end, 16);
+        if (end == nullptr || *end != '\0') throw std::invalid_argument("'" + word + "' is not a 4-digit hex word");
+        words.push_back(static_cast<std::uint32_t>(value));
+    }
+    if (words.size() < 4) throw std::invalid_argument("a Pronto code needs at least 4 words");
+    if (words[0] != 0) throw std::invalid_argument("only learned (0000) Pronto codes are supported");
+    if (words[1] == 0) throw std::invalid_argument("the frequency word must not be 0");
+    const std::size_t once = words[2], repeat = words[3];
+    if (once + repeat == 0) throw std::invalid_argument("the code has no bursts");
+    if (words.size() != 4 + 2 * (once + repeat)) {
+        throw std::invalid_argument("the burst counts do not match the number of words");
+    }
+    const double unit = words[1] * kProntoClockMicroseconds;  // one carrier period
+    PulseTrain train;
+    train.carrier = static_cast<std::uint32_t>(std::lround(1e6 / unit));
+    train.dutyCycle = dutyCycle;
+    for (std::size_t i = 4; i < words.size(); ++i) {
+        if (words[i] == 0) throw std::invalid_argument("a burst of 0 periods");
+        train.durations.push_back(static_cast<std::uint32_t>(std::lround(words[i] * unit)));
+    }
+    train.trailingGap = train.durations.back();
+    train.durations.pop_back();
+    return train;
+}
+
+}  // namespace infrared
