@@ -5,22 +5,15 @@
 namespace ircontrol::host {
 
 CEventHub::CEventHub(GMainContext* context, std::size_t maxStreams, std::size_t history)
-    : context_(context), maxStreams_(maxStreams), historyLimit_(history) {
+    : context_(context), maxStreams_(maxStreams), historyLimit_(history),
+      inbox_(context, [this](std::deque<std::string> events) { flush(std::move(events)); }) {
     heartbeat_ = g_timeout_source_new_seconds(kHeartbeatSeconds);
     g_source_set_callback(heartbeat_, onHeartbeat, this, nullptr);
     g_source_attach(heartbeat_, context_);
 }
 
 CEventHub::~CEventHub() {
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        closed_ = true;
-        if (flush_ != nullptr) {
-            g_source_destroy(flush_);
-            g_source_unref(flush_);
-            flush_ = nullptr;
-        }
-    }
+    inbox_.Close();
     g_source_destroy(heartbeat_);
     g_source_unref(heartbeat_);
     CloseAll();
@@ -57,35 +50,12 @@ bool CEventHub::Attach(SoupServerMessage* message) {
     return true;
 }
 
-void CEventHub::Publish(const std::string& json) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (closed_) return;
-    pending_.push_back("id: " + std::to_string(nextId_++) + "\ndata: " + json + "\n\n");
-    if (flush_ != nullptr) return;
-    // One flush per burst, always from the loop (never inside the caller). The source is
-    // destroyed with the hub if it has not run by then.
-    flush_ = g_idle_source_new();
-    g_source_set_callback(flush_, onFlush, this, nullptr);
-    g_source_attach(flush_, context_);
-}
+// Always handed to the loop, never written inside the caller; numbered there, in posting order.
+void CEventHub::Publish(const std::string& json) { inbox_.Post(json); }
 
-gboolean CEventHub::onFlush(gpointer self) {
-    auto* hub = static_cast<CEventHub*>(self);
-    std::deque<std::string> frames;
-    GSource* source = nullptr;
-    {
-        std::lock_guard<std::mutex> lock(hub->mutex_);
-        frames.swap(hub->pending_);
-        source = hub->flush_;
-        hub->flush_ = nullptr;
-    }
-    if (source != nullptr) g_source_unref(source);  // the loop keeps its own reference while dispatching
-    hub->flush(std::move(frames));
-    return G_SOURCE_REMOVE;
-}
-
-void CEventHub::flush(std::deque<std::string> frames) {
-    for (auto& frame : frames) {
+void CEventHub::flush(std::deque<std::string> events) {
+    for (const auto& json : events) {
+        std::string frame = "id: " + std::to_string(nextId_++) + "\ndata: " + json + "\n\n";
         for (auto& stream : streams_) send(*stream, frame);
         historyBytes_ += frame.size();
         history_.push_back(std::move(frame));

@@ -11,10 +11,10 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "CLoopInbox.h"
 #include "GlibHandles.h"
 
 namespace ircontrol::host {
@@ -48,10 +48,9 @@ private:
     };
     static void onFinished(SoupServerMessage* message, gpointer self);
     static void onWrote(SoupServerMessage* message, guint size, gpointer self);
-    static gboolean onFlush(gpointer self);
     static gboolean onHeartbeat(gpointer self);
     void ping();
-    void flush(std::deque<std::string> frames);
+    void flush(std::deque<std::string> events);
     void send(Stream& stream, const std::string& frame);
     void close(Stream& stream);
     void forget(SoupServerMessage* message);
@@ -63,12 +62,8 @@ private:
     std::size_t historyBytes_ = 0;
     std::vector<std::unique_ptr<Stream>> streams_;
     GSource* heartbeat_ = nullptr;
-    // Events published from other threads wait here for the loop; guarded by mutex_.
-    std::mutex mutex_;
-    std::deque<std::string> pending_;
-    GSource* flush_ = nullptr;  // the idle source that will hand them over, while one is due
-    bool closed_ = false;       // the hub is going: nothing more is taken
     uint64_t nextId_ = 1;
+    CLoopInbox<std::string> inbox_;  // events published from any thread, for the loop
 };
 
 }  // namespace ircontrol::host

@@ -1,6 +1,7 @@
 #include "CRequestGuard.h"
 
 #include <arpa/inet.h>
+#include <glib.h>
 
 #include <algorithm>
 #include <cctype>
@@ -54,6 +55,19 @@ bool CRequestGuard::OriginAllowed(const char* origin) const {
     const std::string scheme = "http://";
     if (text.compare(0, scheme.size(), scheme) != 0) return false;
     return HostAllowed(text.c_str() + scheme.size());
+}
+
+std::optional<BodyRefusal> CRequestGuard::CheckBody(const char* contentType, const std::string& body,
+                                                    bool truncated) {
+    if (truncated || TooLarge(body.size())) return BodyRefusal{413, "the body is larger than 1 MiB"};
+    if (!IsJsonType(contentType)) return BodyRefusal{415, "the body must be application/json"};
+    if (!g_utf8_validate(body.data(), static_cast<gssize>(body.size()), nullptr)) {
+        return BodyRefusal{400, "the body is not valid UTF-8"};
+    }
+    if (NestingDepth(body, kMaxNesting) > kMaxNesting) {
+        return BodyRefusal{400, "the body nests deeper than " + std::to_string(kMaxNesting) + " levels"};
+    }
+    return std::nullopt;
 }
 
 bool CRequestGuard::IsJsonType(const char* contentType) {

@@ -4,10 +4,17 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ircontrol::host {
+
+// Why a request body is refused: the HTTP status and a one-line message.
+struct BodyRefusal {
+    unsigned status;
+    std::string message;
+};
 
 class CRequestGuard {
 public:
@@ -16,6 +23,11 @@ public:
 
     bool HostAllowed(const char* host) const;      // nullptr (no header) is refused
     bool OriginAllowed(const char* origin) const;  // nullptr (no header, not a browser's cross-site call) passes
+
+    // Every check a POST or PUT body passes, in this order: size (`truncated`: more came than
+    // was kept, 413), JSON content type (415), UTF-8 (400), nesting (400).
+    static std::optional<BodyRefusal> CheckBody(const char* contentType, const std::string& body, bool truncated);
+    static bool TooLarge(std::size_t bytes) { return bytes > kMaxBody; }
 
     static bool IsJsonType(const char* contentType);  // application/json, parameters allowed
     // Depth of the deepest array/object nesting in JSON text (strings skipped), stopping at `limit` + 1.

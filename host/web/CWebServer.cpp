@@ -10,6 +10,11 @@ namespace {
 
 const char kTooLarge[] = "irc-too-large";
 
+// Events a page opened late is shown first. A key request makes about thirty (the request,
+// some 25-28 log lines, its transmission and answer), so this replays the last dozen or so
+// requests: enough to see what just happened, little to send to each new page.
+constexpr std::size_t kEventHistory = 400;
+
 // "wait=false" (or 0/no) among the query's parameters.
 bool WaitWanted(SoupServerMessage* message) {
     const char* query = g_uri_get_query(soup_server_message_get_uri(message));
@@ -33,7 +38,7 @@ void SetCommonHeaders(SoupServerMessage* message) {
 void OnGotChunk(SoupServerMessage* message, GBytes* chunk, gpointer) {
     SoupMessageBody* body = soup_server_message_get_request_body(message);
     // Past the limit the rest is read and dropped, so memory stays bounded.
-    if (static_cast<std::size_t>(body->length) + g_bytes_get_size(chunk) > CRequestGuard::kMaxBody) {
+    if (CRequestGuard::TooLarge(static_cast<std::size_t>(body->length) + g_bytes_get_size(chunk))) {
         g_object_set_data(G_OBJECT(message), kTooLarge, GINT_TO_POINTER(1));
         soup_message_body_set_accumulate(body, FALSE);
     }
@@ -45,7 +50,11 @@ CWebServer::CWebServer(const WebOptions& options, CSession& session, CPlatformSe
     : options_(options),
       context_(g_main_context_new()),
       loop_(g_main_loop_new(context_.get(), FALSE)),
-      hub_(context_.get(), options.maxStreams, 400),
+      inbox_(context_.get(),
+             [](std::deque<std::function<void()>> tasks) {
+                 for (auto& task : tasks) task();
+             }),
+      hub_(context_.get(), options.maxStreams, kEventHistory),
       recorder_([this](const std::string& json) { hub_.Publish(json); }),
       runner_(options.maxQueued),
       api_(runner_, recorder_, session, setup) {
@@ -122,44 +131,17 @@ void CWebServer::shutdown() {
     runner_.Stop();  // the running request finishes; queued ones are dropped
     *alive_ = false;
     if (server_) soup_server_disconnect(server_.get());
+    // Nothing runs the loop any more: run what the disconnect queued (closed connections finish
+    // their messages, a paused one's "finished" forgets it) while the handlers are still here.
     while (g_main_context_iteration(context_.get(), FALSE)) {
     }
     for (auto& [token, pending] : pending_) g_signal_handler_disconnect(pending.message.get(), pending.finished);
     pending_.clear();
     server_.reset();
+    // And what dropping the server queued (its sockets' last callbacks), before the context goes.
     while (g_main_context_iteration(context_.get(), FALSE)) {
     }
-    std::lock_guard<std::mutex> lock(inboxMutex_);
-    if (inboxSource_ != nullptr) {
-        g_source_destroy(inboxSource_);
-        g_source_unref(inboxSource_);
-        inboxSource_ = nullptr;
-    }
-    inbox_.clear();
-}
-
-void CWebServer::post(std::function<void()> task) {
-    std::lock_guard<std::mutex> lock(inboxMutex_);
-    inbox_.push_back(std::move(task));
-    if (inboxSource_ != nullptr) return;
-    inboxSource_ = g_idle_source_new();
-    g_source_set_callback(inboxSource_, onInbox, this, nullptr);
-    g_source_attach(inboxSource_, context_.get());
-}
-
-gboolean CWebServer::onInbox(gpointer self) {
-    auto* server = static_cast<CWebServer*>(self);
-    std::deque<std::function<void()>> tasks;
-    GSource* source = nullptr;
-    {
-        std::lock_guard<std::mutex> lock(server->inboxMutex_);
-        tasks.swap(server->inbox_);
-        source = server->inboxSource_;
-        server->inboxSource_ = nullptr;
-    }
-    if (source != nullptr) g_source_unref(source);
-    for (auto& task : tasks) task();
-    return G_SOURCE_REMOVE;
+    inbox_.Close();  // the worker has stopped: any answer still queued has no client left
 }
 
 void CWebServer::onEarly(SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer self) {
@@ -167,7 +149,7 @@ void CWebServer::onEarly(SoupServer*, SoupServerMessage* message, const char*, G
     SoupMessageHeaders* headers = soup_server_message_get_request_headers(message);
     // Refuse an announced oversize body before reading it.
     if (soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH &&
-        static_cast<std::size_t>(soup_message_headers_get_content_length(headers)) > CRequestGuard::kMaxBody) {
+        CRequestGuard::TooLarge(static_cast<std::size_t>(soup_message_headers_get_content_length(headers)))) {
         soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
         server->reply(message, CWebApi::Error(413, "the body is larger than 1 MiB"));
         return;
@@ -208,26 +190,17 @@ void CWebServer::api(SoupServerMessage* message, const std::string& method, cons
     SoupMessageBody* requestBody = soup_server_message_get_request_body(message);
     std::string body;
     if ((method == "POST" || method == "PUT") && CWebApi::Accepts(method, path)) {
-        if (g_object_get_data(G_OBJECT(message), kTooLarge) != nullptr ||
-            static_cast<std::size_t>(requestBody->length) > CRequestGuard::kMaxBody) {
-            return reply(message, CWebApi::Error(413, "the body is larger than 1 MiB"));
+        const bool truncated = g_object_get_data(G_OBJECT(message), kTooLarge) != nullptr;
+        if (!truncated && !CRequestGuard::TooLarge(static_cast<std::size_t>(requestBody->length))) {
+            const GBytesPtr raw(soup_message_body_flatten(requestBody));
+            gsize size = 0;
+            const auto* data = static_cast<const char*>(g_bytes_get_data(raw.get(), &size));
+            body.assign(data != nullptr ? data : "", size);
         }
-        GBytes* raw = soup_message_body_flatten(requestBody);
-        gsize size = 0;
-        const auto* data = static_cast<const char*>(g_bytes_get_data(raw, &size));
-        body.assign(data != nullptr ? data : "", size);
-        g_bytes_unref(raw);
-        if (!CRequestGuard::IsJsonType(
-                soup_message_headers_get_content_type(soup_server_message_get_request_headers(message), nullptr))) {
-            return reply(message, CWebApi::Error(415, "the body must be application/json"));
-        }
-        if (!g_utf8_validate(body.data(), static_cast<gssize>(body.size()), nullptr)) {
-            return reply(message, CWebApi::Error(400, "the body is not valid UTF-8"));
-        }
-        if (CRequestGuard::NestingDepth(body, CRequestGuard::kMaxNesting) > CRequestGuard::kMaxNesting) {
-            return reply(message, CWebApi::Error(400, "the body nests deeper than " +
-                                                          std::to_string(CRequestGuard::kMaxNesting) + " levels"));
-        }
+        const auto refusal = CRequestGuard::CheckBody(
+            soup_message_headers_get_content_type(soup_server_message_get_request_headers(message), nullptr), body,
+            truncated || CRequestGuard::TooLarge(static_cast<std::size_t>(requestBody->length)));
+        if (refusal) return reply(message, CWebApi::Error(refusal->status, refusal->message));
     }
     const uint64_t token = nextToken_++;
     Pending& pending = pending_[token];
@@ -236,7 +209,7 @@ void CWebServer::api(SoupServerMessage* message, const std::string& method, cons
     soup_server_message_pause(message);
     std::shared_ptr<bool> alive = alive_;
     api_.Handle(method, path, WaitWanted(message), body, [this, alive, token](WebReply answer) {
-        post([this, alive, token, answer] {
+        inbox_.Post([this, alive, token, answer] {
             if (*alive) complete(token, answer);
         });
     });

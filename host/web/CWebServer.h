@@ -9,15 +9,14 @@
 
 #include <cstdint>
 #include <functional>
-#include <deque>
 #include <map>
-#include <mutex>
 #include <memory>
 #include <ostream>
 #include <string>
 
 #include "CEventHub.h"
 #include "CJobRunner.h"
+#include "CLoopInbox.h"
 #include "CRequestGuard.h"
 #include "CRequestRecorder.h"
 #include "CWebApi.h"
@@ -57,13 +56,13 @@ private:
     void asset(SoupServerMessage* message, const std::string& method, const std::string& path);
     void reply(SoupServerMessage* message, const WebReply& reply);
     void complete(uint64_t token, const WebReply& reply);  // loop thread
-    void post(std::function<void()> task);               // any thread, runs on the loop
-    static gboolean onInbox(gpointer self);
     void shutdown();
 
     WebOptions options_;
     GMainContextPtr context_;
     GMainLoopPtr loop_;
+    // Tasks the worker hands to the loop (its answers); before the runner, so it outlives it.
+    CLoopInbox<std::function<void()>> inbox_;
     std::string address_;
     unsigned port_ = 0;
     std::string url_;
@@ -81,10 +80,6 @@ private:
     std::map<uint64_t, Pending> pending_;
     uint64_t nextToken_ = 1;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
-    // Tasks posted from the worker for the loop; guarded by inboxMutex_.
-    std::mutex inboxMutex_;
-    std::deque<std::function<void()>> inbox_;
-    GSource* inboxSource_ = nullptr;
     bool stopped_ = false;
 };
 

@@ -21,6 +21,9 @@ struct GMainContextUnref {
 struct GFree {
     void operator()(gpointer memory) const { g_free(memory); }
 };
+struct GBytesUnref {
+    void operator()(GBytes* bytes) const { if (bytes != nullptr) g_bytes_unref(bytes); }
+};
 struct GErrorFree {
     void operator()(GError* error) const { if (error != nullptr) g_error_free(error); }
 };
@@ -31,6 +34,7 @@ using GMainLoopPtr = std::unique_ptr<GMainLoop, GMainLoopUnref>;
 using GMainContextPtr = std::unique_ptr<GMainContext, GMainContextUnref>;
 using GCharPtr = std::unique_ptr<gchar, GFree>;
 using GErrorPtr = std::unique_ptr<GError, GErrorFree>;
+using GBytesPtr = std::unique_ptr<GBytes, GBytesUnref>;
 
 // A new reference to `object`, owned by the handle.
 template <typename T>

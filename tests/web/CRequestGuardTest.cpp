@@ -113,5 +113,38 @@ TEST(CRequestGuardTest, ParsesListenAddresses) {
     EXPECT_FALSE(CRequestGuard::IsLoopback("0.0.0.0"));
 }
 
+TEST(CRequestGuardTest, BodyChecksRefuseWithTheFirstProblemInOrder) {
+    const std::string deep = std::string(CRequestGuard::kMaxNesting + 1, '[') + std::string(CRequestGuard::kMaxNesting + 1, ']');
+    const std::string limit = std::string(CRequestGuard::kMaxNesting, '[') + std::string(CRequestGuard::kMaxNesting, ']');
+    struct Case {
+        const char* contentType;
+        std::string body;
+        bool truncated;
+        unsigned status;  // 0: taken
+        std::string says;
+    };
+    const Case cases[] = {
+        {"application/json", R"({"a":1})", false, 0, ""},
+        {"application/json; charset=utf-8", "", false, 0, ""},  // an empty body is the API's to judge
+        {"application/json", limit, false, 0, ""},
+        {"application/json", "{}", true, 413, "the body is larger than 1 MiB"},
+        {"application/json", std::string(CRequestGuard::kMaxBody + 1, ' '), false, 413, "larger than 1 MiB"},
+        // Size first: an oversize body of the wrong type is too large, not of the wrong type.
+        {"text/plain", "{}", true, 413, "larger than 1 MiB"},
+        {"text/plain", "{}", false, 415, "the body must be application/json"},
+        {nullptr, "{}", false, 415, "application/json"},
+        {"application/json", "{\"a\":\"\xff\"}", false, 400, "the body is not valid UTF-8"},
+        {"application/json", deep, false, 400, "the body nests deeper than 64 levels"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.body.substr(0, 20));
+        const auto refusal = CRequestGuard::CheckBody(c.contentType, c.body, c.truncated);
+        ASSERT_EQ(refusal.has_value(), c.status != 0);
+        if (!refusal) continue;
+        EXPECT_EQ(refusal->status, c.status);
+        EXPECT_NE(refusal->message.find(c.says), std::string::npos) << refusal->message;
+    }
+}
+
 }  // namespace
 }  // namespace ircontrol::host
