@@ -21,7 +21,7 @@ public:
     using Late = std::function<void(uint64_t tag, const RequestResult& result, std::size_t firstNew)>;
 
     // `maxLooks`: how many looks a request gets before it is given up (0: until it is answered).
-    CLateFollowUp(const CSession& session, std::size_t maxLooks = 0) : session_(session), maxLooks_(maxLooks) {}
+    explicit CLateFollowUp(const CSession& session, std::size_t maxLooks = 0) : session_(session), maxLooks_(maxLooks) {}
 
     // Follows `result` when it had no answer in time (and was sent); ignores it otherwise.
     void Follow(const RequestResult& result, uint64_t tag = 0);

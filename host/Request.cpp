@@ -1,10 +1,23 @@
 #include "Request.h"
 
 #include <climits>
+#include <initializer_list>
 
 #include "CRequestParser.h"
 
 namespace ircontrol::host {
+namespace {
+
+// The one of `kinds` whose name is `name`.
+template <typename Kind>
+std::optional<Kind> Named(const std::string& name, std::initializer_list<Kind> kinds) {
+    for (Kind kind : kinds) {
+        if (name == ToString(kind)) return kind;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
 
 const char* ToString(RequestKind kind) {
     switch (kind) {
@@ -17,10 +30,7 @@ const char* ToString(RequestKind kind) {
 }
 
 std::optional<RequestKind> RequestKindFrom(const std::string& name) {
-    for (RequestKind kind : {RequestKind::Key, RequestKind::Ac, RequestKind::Set, RequestKind::Devices}) {
-        if (name == ToString(kind)) return kind;
-    }
-    return std::nullopt;
+    return Named(name, {RequestKind::Key, RequestKind::Ac, RequestKind::Set, RequestKind::Devices});
 }
 
 const std::vector<RequestField>& FieldsOf(RequestKind kind) {
@@ -59,10 +69,7 @@ const char* ToString(ValueKind kind) {
 }
 
 std::optional<ValueKind> ValueKindFrom(const std::string& name) {
-    for (ValueKind kind : {ValueKind::Json, ValueKind::String, ValueKind::Int, ValueKind::Bool}) {
-        if (name == ToString(kind)) return kind;
-    }
-    return std::nullopt;
+    return Named(name, {ValueKind::Json, ValueKind::String, ValueKind::Int, ValueKind::Bool});
 }
 
 bool ToHostProperty(const std::string& name, ValueKind kind, const std::string& text, sim::HostProperty& out) {
