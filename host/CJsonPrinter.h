@@ -23,7 +23,8 @@ public:
     void Summary(std::size_t steps, std::size_t unexpected) override;
     // One object per appliance on the command line; one object with them all for a serve line.
     void Devices(const CPlatformSetup& setup, const Request& request) override;
-    void LineError(const Request& request, const std::string& error) override;
+    // A serve line that could not be used: {"line","id"?,"error"}.
+    void LineError(const Request& request, const std::string& error);
 
 private:
     void line(const common::json::JsonValue& object);

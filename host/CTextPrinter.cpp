@@ -114,8 +114,4 @@ void CTextPrinter::Devices(const CPlatformSetup& setup, const Request&) {
     }
 }
 
-void CTextPrinter::LineError(const Request& request, const std::string& error) {
-    out_ << LinePrefix(request) << "error: " << error << "\n";
-}
-
 }  // namespace ircontrol::host

@@ -20,7 +20,6 @@ public:
     void Late(const RequestResult& result, std::size_t firstNew) override;
     void Summary(std::size_t steps, std::size_t unexpected) override;
     void Devices(const CPlatformSetup& setup, const Request& request) override;
-    void LineError(const Request& request, const std::string& error) override;
 
 private:
     std::ostream& out_;

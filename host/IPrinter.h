@@ -29,8 +29,6 @@ public:
     virtual void Summary(std::size_t steps, std::size_t unexpected) = 0;
     // The paired appliances; `request` is the serve line that asked (line 0: the command line).
     virtual void Devices(const CPlatformSetup& setup, const Request& request) = 0;
-    // A serve line that could not be used.
-    virtual void LineError(const Request& request, const std::string& error) = 0;
 };
 
 }  // namespace ircontrol::host
