@@ -23,13 +23,5 @@ TEST(CPropertyManagerTest, HoldsTheTwoEventPropertiesAsObjects) {
     }
 }
 
-TEST(CPropertyManagerTest, ChangingTheCopyLeavesTheTableAlone) {
-    auto copy = CPropertyManager::GetInstance().GetAllPropertyInfo();
-    copy.erase("setKeyEvent");
-    copy["other"] = PropertyDefinition{};
-    EXPECT_EQ(CPropertyManager::GetInstance().GetAllPropertyInfo().count("setKeyEvent"), 1u);
-    EXPECT_EQ(CPropertyManager::GetInstance().GetAllPropertyInfo().size(), 2u);
-}
-
 }  // namespace
 }  // namespace ircontrol
