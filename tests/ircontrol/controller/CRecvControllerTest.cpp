@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "FakePropertyList.h"
+#include "PlatformState.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
@@ -19,9 +20,7 @@ using namespace std::chrono_literals;
 class CRecvControllerTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString("db/tavrell/irplugin/devices",
-                                 R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
+        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
     }
 
     // A key-event request whose answers are recorded, with a promise set by the first answer.

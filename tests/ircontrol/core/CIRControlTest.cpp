@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "FakePropertyList.h"
+#include "PlatformState.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
 namespace {
 
-constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
 const std::string kPairing =
     R"({"dev_info":[{"codeset":"HFAN","device_index":1},{"codeset":"HPUR","device_index":2},)"
     R"({"codeset":"HHUM","device_index":3},{"codeset":"HRBC","device_index":4},)"
@@ -54,8 +54,7 @@ struct Outcome {
 class CIRControlTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString(kDevicesKey, kPairing);
+        irctest::ResetWithPairing(kPairing);
     }
 
     static Outcome KeyEvent(const std::string& payload) {
@@ -77,13 +76,7 @@ protected:
         } else {
             control.HandleDeviceEvent(request);
         }
-        for (const auto& call : sim::IrBlaster::Journal()) {
-            if (call.function == sim::IrCall::Function::SendH ||
-                call.function == sim::IrCall::Function::SendZ ||
-                call.function == sim::IrCall::Function::Aircon) {
-                outcome.sent.push_back(call);
-            }
-        }
+        outcome.sent = irctest::Transmissions();
         return outcome;
     }
 };
@@ -217,23 +210,23 @@ TEST_F(CIRControlTest, HostileSettingsStoreContentsAnswerKeyError) {
     };
     for (const auto& [stored, reason] : cases) {
         SCOPED_TRACE(stored.substr(0, 120));
-        sim::Settings::SetString(kDevicesKey, stored);
+        sim::Settings::SetString(irctest::kPairingKey, stored);
         sim::Log::Clear();
         const Outcome out = KeyEvent(Key("oic.d.fan", "HFAN", "10"));
         EXPECT_EQ(out.answers, std::vector<std::string>{"key_error"});
         EXPECT_TRUE(sim::Log::Contains("error occured: " + reason));
     }
-    sim::Settings::Remove(kDevicesKey);
+    sim::Settings::Remove(irctest::kPairingKey);
     sim::Log::Clear();
     EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).answers, std::vector<std::string>{"key_error"});
     EXPECT_TRUE(sim::Log::Contains("error occured: vconf get str returned null!(error:8)"));
 }
 
 TEST_F(CIRControlTest, FirstPairingMatchWinsAndChangesApplyToTheNextCommand) {
-    sim::Settings::SetString(kDevicesKey,
+    sim::Settings::SetString(irctest::kPairingKey,
                              R"({"dev_info":[{"codeset":"HFAN","device_index":6},{"codeset":"HFAN","device_index":9}]})");
     EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).sent.at(0).deviceIndex, 6);
-    sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN","device_index":8}]})");
+    sim::Settings::SetString(irctest::kPairingKey, R"({"dev_info":[{"codeset":"HFAN","device_index":8}]})");
     EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).sent.at(0).deviceIndex, 8);
 }
 
@@ -243,7 +236,7 @@ TEST_F(CIRControlTest, EveryNonNegativePairedIndexIsSentToThatTransmitter) {
     const std::vector<Case> cases = {{"0", 0}, {"1", 1}, {"2147483647", 2147483647}, {"-0", 0}};
     for (const auto& c : cases) {
         SCOPED_TRACE("device_index " + c.stored);
-        sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN","device_index":)" +
+        sim::Settings::SetString(irctest::kPairingKey, R"({"dev_info":[{"codeset":"HFAN","device_index":)" +
                                                   c.stored + R"(},{"codeset":"ZAC","device_index":)" +
                                                   c.stored + "}]}");
         for (const std::string& payload : {Key("oic.d.fan", "HFAN", "10"), Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\"")}) {
@@ -320,35 +313,6 @@ TEST_F(CIRControlTest, RequestsWithoutAListAnswerTheirKindsError) {
     control.HandleDeviceEvent(request);
     EXPECT_EQ(answers, (std::vector<std::string>{"key_error", "device_error"}));
     EXPECT_EQ(sim::Log::Count("error occured: property_list null!(error:5)"), 2u);
-}
-
-// Each request queries the key map of its own codeset kind, from the TV's catalogue (never the
-// online one).
-TEST_F(CIRControlTest, KeyMapsComeFromTheCodesetKindOfTheDevice) {
-    sim::IrBlaster::SetKeyMap("HFAN", "fan-keys");
-    struct Case { std::string payload; sim::IrCall::Function query; std::string codeset; };
-    const std::vector<Case> cases = {
-        {Key("oic.d.fan", "HFAN", "10"), sim::IrCall::Function::KeyMapH, "HFAN"},
-        {Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\""), sim::IrCall::Function::KeyMapZ, "ZAC"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.codeset);
-        KeyEvent(c.payload);
-        std::vector<sim::IrCall> queries;
-        for (const auto& call : sim::IrBlaster::Journal()) {
-            if (call.function == sim::IrCall::Function::KeyMapH ||
-                call.function == sim::IrCall::Function::KeyMapZ) {
-                queries.push_back(call);
-            }
-        }
-        ASSERT_EQ(queries.size(), 1u);
-        EXPECT_EQ(queries[0].function, c.query);
-        EXPECT_EQ(queries[0].codeset, c.codeset);
-        EXPECT_FALSE(queries[0].online);
-    }
-    EXPECT_TRUE(sim::Log::Contains("key_map: fan-keys"));
-    // ZAC has no key map in the catalogue; both kinds log the same text for that.
-    EXPECT_TRUE(sim::Log::Contains("irbl_get_supported_keymap_hcodeset returnd NULL!!"));
 }
 
 }  // namespace

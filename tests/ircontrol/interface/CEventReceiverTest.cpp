@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "FakePropertyList.h"
+#include "PlatformState.h"
 #include "common/CRequest.h"
 #include "sim/Simulator.h"
 
@@ -53,9 +54,7 @@ std::vector<std::string> Dispatches() {
 class CEventReceiverTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString("db/tavrell/irplugin/devices",
-                                 R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
+        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
         receiver_.Init();
     }
     CEventReceiver receiver_;

@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "PlatformState.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
@@ -26,9 +27,7 @@ bool WaitForLog(const std::string& needle) {
 class CIRControlServiceTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString("db/tavrell/irplugin/devices",
-                                 R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
+        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
         service_.Init();
         ASSERT_TRUE(sim::Host::FindService("ircontrol").has_value());
     }

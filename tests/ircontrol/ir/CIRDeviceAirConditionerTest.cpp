@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "PlatformState.h"
 #include "common/CException.h"
 #include "sim/Simulator.h"
 
@@ -20,23 +21,10 @@ std::string State(int key, const std::string& power, const std::string& mode, in
            std::to_string(setpoint) + R"(,"x.com.korvan.fanSpeed":")" + fan + R"("}})";
 }
 
-std::vector<sim::IrCall> Transmissions() {
-    std::vector<sim::IrCall> out;
-    for (const auto& call : sim::IrBlaster::Journal()) {
-        if (call.function != sim::IrCall::Function::KeyMapH &&
-            call.function != sim::IrCall::Function::KeyMapZ) {
-            out.push_back(call);
-        }
-    }
-    return out;
-}
-
 class CIRDeviceAirConditionerTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString("db/tavrell/irplugin/devices",
-                                 R"({"dev_info":[{"codeset":"ZAC","device_index":7}]})");
+        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"ZAC","device_index":7}]})");
     }
 };
 
@@ -67,7 +55,7 @@ TEST_F(CIRDeviceAirConditionerTest, FirstUnknownWordInPowerModeFanOrderIsRefused
             EXPECT_EQ(e.GetMessage(), c.message);
             EXPECT_EQ(e.GetErrorCode(), 2);
         }
-        EXPECT_TRUE(Transmissions().empty());
+        EXPECT_TRUE(irctest::Transmissions().empty());
     }
 }
 
@@ -80,7 +68,7 @@ TEST_F(CIRDeviceAirConditionerTest, KeyAndSetpointAreSentUncheckedAsOneStateComm
         sim::IrBlaster::ClearJournal();
         CIRDeviceAirConditioner device;
         device.BlastIR(State(key, "OFF", "VENT", setpoint, "MEDIUM"));
-        const auto sent = Transmissions();
+        const auto sent = irctest::Transmissions();
         ASSERT_EQ(sent.size(), 1u);
         EXPECT_EQ(sent[0].function, sim::IrCall::Function::Aircon);
         EXPECT_EQ(sent[0].deviceIndex, 7);

@@ -10,6 +10,7 @@
 #include "common/CException.h"
 #include "ir/CIRDeviceFactory.h"
 #include "ir/CIRDeviceFan.h"
+#include "PlatformState.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
@@ -26,20 +27,10 @@ std::string Info(const std::string& type, const std::string& codeset, int key,
            extra + "}";
 }
 
-std::vector<sim::IrCall> Calls(std::set<sim::IrCall::Function> kinds) {
-    std::vector<sim::IrCall> out;
-    for (const auto& call : sim::IrBlaster::Journal()) {
-        if (kinds.count(call.function)) out.push_back(call);
-    }
-    return out;
-}
-
 class CIRDeviceTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString("db/tavrell/irplugin/devices",
-                                 R"({"dev_info":[{"codeset":"HX","device_index":3}]})");
+        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HX","device_index":3}]})");
         sim::IrBlaster::SetKeyMap("HX", "h-keys");
         sim::IrBlaster::SetKeyMap("ZX", "z-keys");
     }
@@ -64,6 +55,7 @@ TEST_F(CIRDeviceTest, RecordHoldsTheRequestAsWrittenAndTheKeyMapOfItsCodesetKind
     for (const auto& c : cases) {
         SCOPED_TRACE(c.json);
         sim::IrBlaster::ClearJournal();
+        sim::Log::Clear();
         CIRDeviceFan device;  // any CIRDevice parses alike
         const IRDeviceInfo info = device.GetParsedDeviceInfo(c.json);
         EXPECT_EQ(info.codesetName, c.zCodeset ? "ZX" : "HX");
@@ -73,14 +65,14 @@ TEST_F(CIRDeviceTest, RecordHoldsTheRequestAsWrittenAndTheKeyMapOfItsCodesetKind
         EXPECT_EQ(info.acState.mode, c.mode);
         EXPECT_EQ(info.acState.fanSpeed, c.fan);
         EXPECT_EQ(info.acState.coolingSetpoint, c.setpoint);
-        const auto queries = Calls({sim::IrCall::Function::KeyMapH, sim::IrCall::Function::KeyMapZ});
+        const auto queries = irctest::KeyMapQueries();
         ASSERT_EQ(queries.size(), 1u);
         EXPECT_EQ(queries[0].function,
                   c.zCodeset ? sim::IrCall::Function::KeyMapZ : sim::IrCall::Function::KeyMapH);
         EXPECT_EQ(queries[0].codeset, info.codesetName);
         EXPECT_FALSE(queries[0].online);
-        EXPECT_TRUE(Calls({sim::IrCall::Function::SendH, sim::IrCall::Function::SendZ,
-                           sim::IrCall::Function::Aircon}).empty());
+        EXPECT_TRUE(irctest::Transmissions().empty());
+        EXPECT_TRUE(sim::Log::Contains("key_map: " + info.keyMap));
     }
 }
 
@@ -112,8 +104,7 @@ TEST_F(CIRDeviceTest, KeyAppliancesSendExactlyTheirAllowListAsHCodesetCommands) 
             const auto device = CIRDeviceFactory::CreateDevice(type);
             if (allowed.count(key)) {
                 device->BlastIR(Info(type, "HX", key));
-                const auto sent = Calls({sim::IrCall::Function::SendH, sim::IrCall::Function::SendZ,
-                                         sim::IrCall::Function::Aircon});
+                const auto sent = irctest::Transmissions();
                 ASSERT_EQ(sent.size(), 1u);
                 EXPECT_EQ(sent[0].function, sim::IrCall::Function::SendH);
                 EXPECT_EQ(sent[0].key, key);
@@ -128,7 +119,7 @@ TEST_F(CIRDeviceTest, KeyAppliancesSendExactlyTheirAllowListAsHCodesetCommands) 
                 EXPECT_EQ(e.GetMessage(), "unsupported key");
                 EXPECT_EQ(e.GetErrorCode(), 5);
             }
-            EXPECT_TRUE(Calls({sim::IrCall::Function::SendH}).empty());
+            EXPECT_TRUE(irctest::Transmissions().empty());
         }
     }
 }

@@ -6,19 +6,18 @@
 #include <string>
 #include <vector>
 
+#include "PlatformState.h"
 #include "common/CException.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
 namespace {
 
-constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
-
 class CIRInterfaceTest : public ::testing::Test {
 protected:
     void SetUp() override { sim::ResetAll(); }
 
-    static void Pair(const std::string& list) { sim::Settings::SetString(kDevicesKey, list); }
+    static void Pair(const std::string& list) { sim::Settings::SetString(irctest::kPairingKey, list); }
 
     static void ExpectThrows(const std::function<void()>& call, const std::string& message, int code) {
         try {
@@ -76,7 +75,7 @@ TEST_F(CIRInterfaceTest, UnusablePairingListsRefuseEverySendWithTheirReason) {
         EXPECT_TRUE(sim::IrBlaster::Journal().empty());
     }
     // A key the store does not hold at all is the store's own failure.
-    sim::Settings::Remove(kDevicesKey);
+    sim::Settings::Remove(irctest::kPairingKey);
     ExpectThrows([] { Ir().SendCommandHDevice("A", 10, false); }, "vconf get str returned null!", 8);
 }
 
