@@ -101,6 +101,7 @@ TEST_F(CIRDeviceTest, KeyAppliancesSendExactlyTheirAllowListAsHCodesetCommands) 
         for (int key = -1; key <= 80; ++key) {
             SCOPED_TRACE(type + " key " + std::to_string(key));
             sim::IrBlaster::ClearJournal();
+            sim::Log::Clear();
             const auto device = CIRDeviceFactory::CreateDevice(type);
             if (allowed.count(key)) {
                 device->BlastIR(Info(type, "HX", key));
@@ -110,6 +111,10 @@ TEST_F(CIRDeviceTest, KeyAppliancesSendExactlyTheirAllowListAsHCodesetCommands) 
                 EXPECT_EQ(sent[0].key, key);
                 EXPECT_EQ(sent[0].deviceIndex, 3);
                 EXPECT_FALSE(sent[0].online);
+                // Log readers match these texts; the cleaner's differs on purpose.
+                EXPECT_TRUE(sim::Log::Contains((type == "oic.d.robotcleaner" ? "key to be IRBlastered : "
+                                                                             : "key to be IRBlasted : ") +
+                                               std::to_string(key)));
                 continue;
             }
             try {
