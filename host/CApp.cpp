@@ -4,6 +4,7 @@
 
 #include "CPrinter.h"
 #include "CommandContext.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 
@@ -57,7 +58,7 @@ bool CApp::start() {
         return false;
     }
     plugin_.Create();
-    if (!sim::Host::FindService("ircontrol")) {
+    if (!sim::Host::FindService(contract::kServiceName)) {
         fail("the plugin did not create the \"ircontrol\" service (see --verbose)", 1);
         return false;
     }

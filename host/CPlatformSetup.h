@@ -12,6 +12,7 @@
 
 #include "JsonValue.h"
 #include "PlatformOptions.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 
@@ -64,7 +65,7 @@ public:
                                std::string& error);
 
     static constexpr int kDefaultYear = 23;
-    static constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
+    static constexpr const char* kDevicesKey = contract::kDevicesKey;
 
 private:
     std::string pairingText_;

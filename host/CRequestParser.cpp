@@ -8,13 +8,13 @@
 #include "CApplianceTypes.h"
 #include "JsonValue.h"
 #include "Nearest.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
 
-const char kAirConditioner[] = "oic.d.airconditioner";
 
 std::string Value(const NamedValues& values, const std::string& name, const std::string& fallback) {
     const auto found = values.find(name);
@@ -179,7 +179,7 @@ bool CRequestParser::key(const NamedValues& values, Request& out, std::string& e
 }
 
 bool CRequestParser::ac(const NamedValues& values, Request& out, std::string& error) const {
-    out.type = kAirConditioner;
+    out.type = contract::kOcfAirConditioner;
     out.ac.power = Value(values, "power", out.ac.power);
     out.ac.mode = Value(values, "mode", out.ac.mode);
     out.ac.fan = Value(values, "fan", out.ac.fan);
@@ -193,7 +193,7 @@ bool CRequestParser::ac(const NamedValues& values, Request& out, std::string& er
         }
         out.ac.setpoint = static_cast<int>(setpoint);
     }
-    out.codeset = Value(values, "codeset", setup_.PairedCodeset(kAirConditioner));
+    out.codeset = Value(values, "codeset", setup_.PairedCodeset(contract::kOcfAirConditioner));
     if (out.codeset.empty()) {
         error = "no paired air conditioner; give " + name("codeset");
         return false;

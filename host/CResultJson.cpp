@@ -1,5 +1,7 @@
 #include "CResultJson.h"
 
+#include "ServiceContract.h"
+
 namespace ircontrol::host {
 namespace {
 
@@ -60,8 +62,8 @@ JsonValue CResultJson::Build(const RequestResult& result) {
     }
     object["transaction"] = static_cast<long long>(result.transaction);
     if (result.answer) {
-        object["answer"]["errorCode"] = result.answer->first;
-        object["answer"]["description"] = result.answer->second;
+        object["answer"][contract::kAnswerErrorCode] = result.answer->first;
+        object["answer"][contract::kAnswerDescription] = result.answer->second;
         if (result.answerLate) object["answer"]["late"] = true;
     } else {
         object["answer"] = JsonValue();

@@ -5,6 +5,7 @@
 #include "CApplianceTypes.h"
 #include "CReason.h"
 #include "JsonValue.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 
@@ -31,8 +32,8 @@ sim::HostProperty PropertyOf(const RequestResult& result) {
 void TakeAnswer(const sim::SetResult& answer, RequestResult& result) {
     std::string code, description;
     for (const auto& p : answer.properties) {
-        if (p.name == "errorCode") code = p.text;
-        if (p.name == "description") description = p.text;
+        if (p.name == contract::kAnswerErrorCode) code = p.text;
+        if (p.name == contract::kAnswerDescription) description = p.text;
     }
     result.answer = std::make_pair(code, description);
     result.elapsed = std::chrono::duration_cast<std::chrono::microseconds>(answer.time - result.sent);
@@ -42,22 +43,22 @@ void TakeAnswer(const sim::SetResult& answer, RequestResult& result) {
 
 JsonValue CSession::KeyPayload(const std::string& type, const std::string& codeset, int key) {
     JsonValue payload;
-    payload["x.com.korvan.deviceType"] = type;
-    payload["x.com.korvan.codesetName"] = codeset;
-    payload["x.com.korvan.codesetKey"] = key;
+    payload[contract::kAttrDeviceType] = type;
+    payload[contract::kAttrCodesetName] = codeset;
+    payload[contract::kAttrCodesetKey] = key;
     return payload;
 }
 
 JsonValue CSession::AcPayload(const std::string& codeset, const AcState& state) {
     JsonValue payload;
-    payload["x.com.korvan.deviceType"] = "oic.d.airconditioner";
-    payload["x.com.korvan.codesetName"] = codeset;
-    payload["x.com.korvan.codesetKey"] = 0;
-    JsonValue& ac = payload["x.com.korvan.acState"];
-    ac["x.com.korvan.power"] = state.power;
-    ac["x.com.korvan.mode"] = state.mode;
-    ac["x.com.korvan.coolingSetpoint"] = state.setpoint;
-    ac["x.com.korvan.fanSpeed"] = state.fan;
+    payload[contract::kAttrDeviceType] = contract::kOcfAirConditioner;
+    payload[contract::kAttrCodesetName] = codeset;
+    payload[contract::kAttrCodesetKey] = 0;
+    JsonValue& ac = payload[contract::kAttrAcState];
+    ac[contract::kAttrPower] = state.power;
+    ac[contract::kAttrMode] = state.mode;
+    ac[contract::kAttrCoolingSetpoint] = state.setpoint;
+    ac[contract::kAttrFanSpeed] = state.fan;
     return payload;
 }
 
@@ -69,7 +70,7 @@ RequestResult CSession::Describe(const Request& request) {
             result.label = CApplianceTypes::ShortName(request.type);
             result.summary = "key " + std::to_string(request.key) +
                              (request.keyName.empty() ? "" : " " + request.keyName) + " (" + request.codeset + ")";
-            result.property = "setKeyEvent";
+            result.property = contract::kPropSetKeyEvent;
             result.payloadJson = KeyPayload(request.type, request.codeset, request.key);
             result.payload = result.payloadJson.toString();
             break;
@@ -78,7 +79,7 @@ RequestResult CSession::Describe(const Request& request) {
             result.label = "ac";
             result.summary = s.power + " " + s.mode + " " + std::to_string(s.setpoint) + " " + s.fan + " (" +
                              request.codeset + ")";
-            result.property = "setKeyEvent";
+            result.property = contract::kPropSetKeyEvent;
             result.payloadJson = AcPayload(request.codeset, s);
             result.payload = result.payloadJson.toString();
             break;
@@ -110,7 +111,7 @@ RequestResult CSession::Send(const Request& request) {
 
 RequestResult CSession::SendProperties(RequestResult result, const std::vector<sim::HostProperty>& properties) {
     result.sent = std::chrono::steady_clock::now();
-    result.transaction = sim::Host::SendSet("ircontrol", properties);
+    result.transaction = sim::Host::SendSet(contract::kServiceName, properties);
     // Waits in slices, so a request the service leaves unanswered on purpose (its log says so)
     // does not hold the tool for the whole timeout.
     const auto deadline = result.sent + std::chrono::milliseconds(timeoutMs_);

@@ -7,6 +7,7 @@
 
 #include "CApplianceTypes.h"
 #include "CPrinter.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 namespace {
@@ -105,7 +106,7 @@ void CTextPrinter::Devices(const CPlatformSetup& setup, const Request&) {
         for (int key : CApplianceTypes::AllowedKeys(device.type)) {
             accepts += (accepts.empty() ? "" : ",") + std::to_string(key);
         }
-        if (device.type == "oic.d.airconditioner") accepts = "a state (ac)";
+        if (device.type == contract::kOcfAirConditioner) accepts = "a state (ac)";
         if (accepts.empty()) accepts = "-";
         out_ << Pad(device.type.empty() ? "?" : CApplianceTypes::ShortName(device.type), 12)
              << Pad(device.codeset, 12) << Pad("#" + std::to_string(device.deviceIndex), 7) << Pad(accepts, 26)

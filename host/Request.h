@@ -14,6 +14,7 @@
 
 #include "JsonValue.h"
 #include "sim/Simulator.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 
@@ -53,7 +54,7 @@ struct Request {
     std::string keyName;             // Key: the key-map name it was given by, if any
     AcState ac;                      // Ac
     // Set: the property, how its value is typed on the host, the value's text.
-    std::string property = "setKeyEvent";
+    std::string property = contract::kPropSetKeyEvent;
     ValueKind valueKind = ValueKind::Json;
     std::string text;
 };

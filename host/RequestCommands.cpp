@@ -4,6 +4,7 @@
 #include "CLateFollowUp.h"
 #include "CRequestParser.h"
 #include "Commands.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 namespace {
@@ -41,7 +42,7 @@ int RunRequest(CommandContext& c) {
 
 int RunDemo(CommandContext& c) {
     c.printer.Platform(c.setup, c.options.irDelayMs, c.options.timeoutMs);
-    c.printer.Service(*sim::Host::FindService("ircontrol"));
+    c.printer.Service(*sim::Host::FindService(contract::kServiceName));
     c.printer.ExchangeHeader();
     struct Step {
         RequestKind kind;
@@ -57,7 +58,7 @@ int RunDemo(CommandContext& c) {
         {RequestKind::Ac, {}, Outcome::Ok, ""},
         {RequestKind::Key, {{"type", "fan"}, {"key", "39"}}, Outcome::Refused, "key 39 is not one of a fan's keys"},
         {RequestKind::Key,
-         {{"type", "oic.d.television"}, {"codeset", c.setup.PairedCodeset("oic.d.fan")}, {"key", "10"}},
+         {{"type", "oic.d.television"}, {"codeset", c.setup.PairedCodeset(contract::kOcfFan)}, {"key", "10"}},
          Outcome::Refused, "the service drives no such device type"},
         {RequestKind::Key, {{"type", "fan"}, {"codeset", "NOTPAIRED"}, {"key", "10"}}, Outcome::Refused,
          "no paired appliance uses that codeset"},

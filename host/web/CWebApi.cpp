@@ -9,6 +9,7 @@
 
 #include "CApplianceTypes.h"
 #include "CRequestParser.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 namespace {
@@ -119,7 +120,7 @@ void CWebApi::properties(const JsonValue& list, bool wait, Done done) {
         if (entry.type() != common::json::kObject || !entry.isMember("value")) {
             return done(Error(400, where + " must be an object with \"name\" and \"value\""));
         }
-        const std::string name = entry.isMember("name") ? Text(entry["name"]) : "setKeyEvent";
+        const std::string name = entry.isMember("name") ? Text(entry["name"]) : std::string(contract::kPropSetKeyEvent);
         const std::string kind = entry.isMember("kind") ? Text(entry["kind"]) : ToString(ValueKind::Json);
         const std::string value = Text(entry["value"]);
         const auto valueKind = ValueKindFrom(kind);
@@ -244,7 +245,7 @@ JsonValue CWebApi::devicesJson() const {
             keys.append(std::move(key));
         }
         entry["keys"] = keys;
-        if (device.type == "oic.d.airconditioner") {
+        if (device.type == contract::kOcfAirConditioner) {
             for (const char* field : {"power", "mode", "fan"}) entry["ac"][field] = WordList(CApplianceTypes::AcWords(field));
         }
         list.append(std::move(entry));

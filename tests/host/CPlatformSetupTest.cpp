@@ -58,6 +58,31 @@ TEST(CPlatformSetupTest, CatalogueTakesKeyMapsAsTextOrAsJson) {
     EXPECT_EQ(error, "the catalogue is not valid JSON");
 }
 
+TEST(CPlatformSetupTest, KeyMapsAreParsedOnceIntoTheirNamedKeys) {
+    struct Case {
+        std::string text;
+        std::vector<std::pair<std::string, int>> keys;
+        bool json;
+    };
+    const Case cases[] = {
+        {R"({"power":10,"speed_up":11})", {{"power", 10}, {"speed_up", 11}}, true},
+        // Members that are not whole numbers name no key, but the map is still JSON.
+        {R"({"power":10,"label":"x","list":[1],"off":{"a":1}})", {{"power", 10}}, true},
+        {"[10,11]", {}, true},
+        {"not a map", {}, false},
+    };
+    for (const auto& c : cases) {
+        const KeyMap map = KeyMap::Parse(c.text);
+        EXPECT_EQ(map.text, c.text);
+        EXPECT_EQ(map.keys, c.keys) << c.text;
+        EXPECT_EQ(!map.json.isNull(), c.json) << c.text;
+    }
+    const CPlatformSetup setup;
+    ASSERT_NE(setup.KeyMap("HFAN0001"), nullptr);
+    EXPECT_EQ(setup.KeyMap("HFAN0001")->keys.front(), (std::pair<std::string, int>{"power", 10}));
+    EXPECT_EQ(setup.KeyMap("NOSUCH"), nullptr);
+}
+
 TEST(CPlatformSetupTest, ApplyWritesEverythingThePluginReads) {
     const std::string path = std::string(IRC_BINARY_DIR) + "/test_host_catalogue.json";
     std::ofstream(path) << R"({"ONLY":"{\"power\":1}"})";
