@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "ServiceContract.h"
 #include "sim/IrBlaster.h"
 
 namespace irctest {
 
 // The settings key of the pairing list the plugin reads on every command.
-inline constexpr char kPairingKey[] = "db/tavrell/irplugin/devices";
+inline constexpr const char* kPairingKey = ircontrol::contract::kDevicesKey;
 
 // sim::ResetAll, then `pairing` (a JSON text) stored as the pairing list.
 void ResetWithPairing(const std::string& pairing);
