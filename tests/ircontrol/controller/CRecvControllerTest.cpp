@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "FakePropertyList.h"
+#include "Payloads.h"
 #include "PlatformState.h"
 #include "sim/Simulator.h"
 
@@ -26,8 +27,7 @@ protected:
     // A key-event request whose answers are recorded, with a promise set by the first answer.
     RequestSharedPtr MakeRequest(int key, std::shared_ptr<std::promise<std::string>> answered) {
         auto list = std::make_shared<irctest::FakePropertyList>(std::map<std::string, std::string>{
-            {"setKeyEvent", R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetName":"HFAN",)"
-                            R"("x.com.korvan.codesetKey":)" + std::to_string(key) + "}"}});
+            {"setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", key)}});
         return CRequest::Create(RequestType::Set, list,
                                 [answered](const std::string& code, const std::string&) {
                                     answered->set_value(code);

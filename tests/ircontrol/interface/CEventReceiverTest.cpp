@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "FakePropertyList.h"
+#include "Payloads.h"
 #include "PlatformState.h"
 #include "common/CRequest.h"
 #include "sim/Simulator.h"
@@ -19,11 +20,9 @@ namespace {
 class NamedList : public irctest::FakePropertyList {
 public:
     explicit NamedList(std::vector<std::string> names)
-        : FakePropertyList({{"setKeyEvent", kFanKey}, {"setDeviceEvent", "{}"}}), names_(std::move(names)) {}
+        : FakePropertyList({{"setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", 10)}, {"setDeviceEvent", "{}"}}),
+          names_(std::move(names)) {}
     std::vector<std::string> GetPropertyNameList() override { return names_; }
-
-    static constexpr char kFanKey[] =
-        R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetName":"HFAN","x.com.korvan.codesetKey":10})";
 
 private:
     std::vector<std::string> names_;

@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "Payloads.h"
 #include "PlatformState.h"
 #include "sim/Simulator.h"
 
@@ -34,10 +35,8 @@ protected:
     void TearDown() override { service_.Deinit(); }
 
     static uint64_t SendFanKey() {
-        return sim::Host::SendSet(
-            "ircontrol", {sim::HostProperty::Json("setKeyEvent",
-                                                  R"({"x.com.korvan.deviceType":"oic.d.fan",)"
-                                                  R"("x.com.korvan.codesetName":"HFAN","x.com.korvan.codesetKey":10})")});
+        return sim::Host::SendSet("ircontrol", {sim::HostProperty::Json(
+                                                  "setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", 10))});
     }
 
     CIRControlService service_;

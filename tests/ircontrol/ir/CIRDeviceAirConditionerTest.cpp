@@ -5,21 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "Payloads.h"
 #include "PlatformState.h"
 #include "common/CException.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
 namespace {
-
-std::string State(int key, const std::string& power, const std::string& mode, int setpoint,
-                  const std::string& fan) {
-    return R"({"x.com.korvan.deviceType":"oic.d.airconditioner","x.com.korvan.codesetName":"ZAC",)"
-           R"("x.com.korvan.codesetKey":)" + std::to_string(key) +
-           R"(,"x.com.korvan.acState":{"x.com.korvan.power":")" + power +
-           R"(","x.com.korvan.mode":")" + mode + R"(","x.com.korvan.coolingSetpoint":)" +
-           std::to_string(setpoint) + R"(,"x.com.korvan.fanSpeed":")" + fan + R"("}})";
-}
 
 class CIRDeviceAirConditionerTest : public ::testing::Test {
 protected:
@@ -49,7 +41,7 @@ TEST_F(CIRDeviceAirConditionerTest, FirstUnknownWordInPowerModeFanOrderIsRefused
         sim::IrBlaster::ClearJournal();
         CIRDeviceAirConditioner device;
         try {
-            device.BlastIR(State(1, c.power, c.mode, 24, c.fan));
+            device.BlastIR(irctest::AcPayload("ZAC", c.power, c.mode, "24", c.fan));
             ADD_FAILURE() << "sent";
         } catch (const CException& e) {
             EXPECT_EQ(e.GetMessage(), c.message);
@@ -59,23 +51,30 @@ TEST_F(CIRDeviceAirConditionerTest, FirstUnknownWordInPowerModeFanOrderIsRefused
     }
 }
 
-// The key code and the set point are not the service's to judge: any key, any set point, one
-// state command to the paired transmitter (never a key command).
-TEST_F(CIRDeviceAirConditionerTest, KeyAndSetpointAreSentUncheckedAsOneStateCommand) {
-    const std::vector<std::pair<int, int>> cases = {{1, 24}, {999, -5}, {-1, 0}, {0, 100}};
-    for (const auto& [key, setpoint] : cases) {
-        SCOPED_TRACE(std::to_string(key) + "/" + std::to_string(setpoint));
+// Each word becomes the library's word; the key code and the set point are not the service's to
+// judge: any key, any set point, one state command to the paired transmitter (never a key command).
+TEST_F(CIRDeviceAirConditionerTest, WordsAreTranslatedAndKeyAndSetpointSentUnchecked) {
+    struct Case { int key; std::string power, mode, fan; int setpoint; std::string sent[3]; };
+    const std::vector<Case> cases = {
+        {1, "ON", "COLD", "LOW", 24, {"on", "cool", "low"}},
+        {999, "OFF", "AUTO", "AUTO", -5, {"off", "auto", "auto"}},
+        {-1, "ON", "DEHUMI", "MEDIUM", 0, {"on", "dry", "medium"}},
+        {0, "OFF", "VENT", "HIGH", 2147483647, {"off", "fan", "high"}},
+        {1, "ON", "HEAT", "HIGH", -2147483647 - 1, {"on", "heat", "high"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.power + "/" + c.mode + "/" + c.fan + "/" + std::to_string(c.setpoint));
         sim::IrBlaster::ClearJournal();
         CIRDeviceAirConditioner device;
-        device.BlastIR(State(key, "OFF", "VENT", setpoint, "MEDIUM"));
+        device.BlastIR(irctest::AcPayload("ZAC", c.power, c.mode, std::to_string(c.setpoint), c.fan, c.key));
         const auto sent = irctest::Transmissions();
         ASSERT_EQ(sent.size(), 1u);
         EXPECT_EQ(sent[0].function, sim::IrCall::Function::Aircon);
         EXPECT_EQ(sent[0].deviceIndex, 7);
-        EXPECT_EQ(sent[0].power, "off");
-        EXPECT_EQ(sent[0].mode, "fan");
-        EXPECT_EQ(sent[0].fanSpeed, "medium");
-        EXPECT_EQ(sent[0].coolingSetpoint, std::to_string(setpoint));
+        EXPECT_EQ(sent[0].power, c.sent[0]);
+        EXPECT_EQ(sent[0].mode, c.sent[1]);
+        EXPECT_EQ(sent[0].fanSpeed, c.sent[2]);
+        EXPECT_EQ(sent[0].coolingSetpoint, std::to_string(c.setpoint));
     }
 }
 
