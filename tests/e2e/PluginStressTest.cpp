@@ -83,7 +83,7 @@ TEST_F(PluginStressTest, ConcurrentRequestsAcrossCreateAndDestroyAreAnsweredAtMo
         EXPECT_GT(answeredCount, 0u) << "cycle " << cycle;
         sim::ResetAll();
         sim::Log::SetCapture(false);
-        sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN0001","device_index":3}]})");
+        sim::Settings::SetString(kPairingKey, R"({"dev_info":[{"codeset":"HFAN0001","device_index":3}]})");
     }
     plugin_.reset();
 }
