@@ -15,21 +15,11 @@ class PluginLifecycleTest : public PluginTest {};
 
 std::size_t LiveServices() { return sim::Host::Services().size(); }
 
-TEST_F(PluginLifecycleTest, CreateLogsTheModelYearAndStartsOnce) {
-    sim::SystemInfo::SetYear(24);
-    EXPECT_EQ(plugin_->Create(), 1);
-    EXPECT_TRUE(sim::Log::Contains("create ircontrol service plugin, year(24)"));
-    EXPECT_TRUE(sim::Log::Contains("\033[33minitialized\033[0m"));
-    EXPECT_EQ(plugin_->Create(), 1);
-    EXPECT_TRUE(sim::Log::Contains("\033[31malready initialized\033[0m"));
-    EXPECT_EQ(LiveServices(), 1u);
-}
-
 // The lifecycle's lines are what field logs are searched for: error priority, tag IRCONTROL,
 // each message exactly as written; the request's own trace is at info priority.
 TEST_F(PluginLifecycleTest, LifecycleLinesAreErrorsAndTheRequestTraceIsInfo) {
     sim::SystemInfo::SetYear(23);
-    plugin_->Create();
+    EXPECT_EQ(plugin_->Create(), 1);
     ASSERT_TRUE(AnswerOf(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10))).has_value());
     plugin_->Destroy();
     struct Case { std::string message; int priority; };
@@ -84,9 +74,6 @@ TEST_F(PluginLifecycleTest, DestroyBeforeCreateOnlyLogsDeinit) {
 TEST_F(PluginLifecycleTest, DestroyTakesTheServiceDownAndAnswersNothingMore) {
     plugin_->Create();
     EXPECT_EQ(plugin_->Destroy(), 1);
-    EXPECT_TRUE(sim::Log::Contains("DEINIT!"));
-    EXPECT_TRUE(sim::Log::Contains("\033[33mdeinitialized\033[0m"));
-    EXPECT_TRUE(sim::Log::Contains("property: [setKeyEvent] unregistered"));
     EXPECT_TRUE(sim::Log::Contains("property: [setDeviceEvent] unregistered"));
     EXPECT_EQ(LiveServices(), 0u);
     EXPECT_THROW(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10)), std::runtime_error);
