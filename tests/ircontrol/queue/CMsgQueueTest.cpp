@@ -173,16 +173,16 @@ TEST_F(CMsgQueueTest, StressPushesRacingTheStopAreRefusedOrDiscardedAtOnce) {
     EXPECT_EQ(leftBehind, 0) << "of " << rounds << " stops";
 }
 
-TEST_F(CMsgQueueTest, InnerQueueOperations) {
+// The worker's container: a job runs once and leaves; a clear empties it and a close also refuses
+// every later push (the stop relies on that difference).
+TEST_F(CMsgQueueTest, InnerQueueRunsEachJobOnceAndRefusesPushesOnlyOnceClosed) {
     CMsgQueue::MsgQueue inner("q");
     int ran = 0;
     ThreadJob a = [&] { ran += 1; };
     ThreadJob b = [&] { ran += 10; };
     inner.Push(a);
     inner.Push(b);
-    EXPECT_EQ(inner.Size(), 2);
-    inner.Front()();
-    inner.Pop();
+    inner.RunFirstJob();
     inner.RunFirstJob();
     EXPECT_EQ(ran, 11);
     EXPECT_TRUE(inner.IsEmpty());
