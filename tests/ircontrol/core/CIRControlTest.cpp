@@ -18,8 +18,7 @@ using irctest::AcPayload;
 using irctest::KeyPayload;
 
 const std::string kPairing =
-    R"({"dev_info":[{"codeset":"HFAN","device_index":1},{"codeset":"HPUR","device_index":2},)"
-    R"({"codeset":"HHUM","device_index":3},{"codeset":"HRBC","device_index":4},)"
+    R"({"dev_info":[{"codeset":"HFAN","device_index":1},{"codeset":"HRBC","device_index":4},)"
     R"({"codeset":"ZAC","device_index":5}]})";
 
 // An air conditioner request with one member left out: a root member ("codesetKey") or one of
@@ -44,13 +43,9 @@ struct Outcome {
 
 class CIRControlTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        irctest::ResetWithPairing(kPairing);
-    }
+    void SetUp() override { irctest::ResetWithPairing(kPairing); }
 
-    static Outcome KeyEvent(const std::string& payload) {
-        return Run(payload, true);
-    }
+    static Outcome KeyEvent(const std::string& payload) { return Run(payload, true); }
 
     static Outcome Run(const std::string& payload, bool keyEvent) {
         sim::IrBlaster::ClearJournal();
