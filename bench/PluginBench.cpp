@@ -87,7 +87,7 @@ void EndToEnd(benchmark::State& state, const std::string& payload) {
 void BM_EndToEnd_FanKey(benchmark::State& state) { EndToEnd(state, irbench::FanPayload()); }
 void BM_EndToEnd_AcState(benchmark::State& state) { EndToEnd(state, irbench::AcPayload()); }
 // Repeated, and summarised by the median: on a virtual machine the threads' placement flips
-// a run between two modes (see the README).
+// a run between two modes (see docs/benchmarks.md).
 BENCHMARK(BM_EndToEnd_FanKey)->UseRealTime()->Repetitions(5)->ReportAggregatesOnly(true);
 BENCHMARK(BM_EndToEnd_AcState)->UseRealTime()->Repetitions(5)->ReportAggregatesOnly(true);
 

@@ -10,37 +10,21 @@
 #include <string>
 #include <vector>
 
+#include "Payloads.h"
+#include "PlatformState.h"
 #include "PluginLoader.h"
 #include "sim/Simulator.h"
 
 namespace irctest {
 
-inline constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
 inline constexpr char kService[] = "ircontrol";
 inline constexpr auto kAnswerDeadline = std::chrono::seconds(10);
-
-inline std::string KeyPayload(const std::string& type, const std::string& codeset, int key) {
-    return "{\"x.com.korvan.deviceType\":\"" + type + "\",\"x.com.korvan.codesetName\":\"" +
-           codeset + "\",\"x.com.korvan.codesetKey\":" + std::to_string(key) + "}";
-}
-
-inline std::string AcPayload(const std::string& codeset, const std::string& power,
-                             const std::string& mode, int setpoint, const std::string& fan) {
-    return "{\"x.com.korvan.deviceType\":\"oic.d.airconditioner\",\"x.com.korvan.codesetName\":\"" +
-           codeset + "\",\"x.com.korvan.codesetKey\":0,\"x.com.korvan.acState\":{" +
-           "\"x.com.korvan.power\":\"" + power + "\",\"x.com.korvan.mode\":\"" + mode +
-           "\",\"x.com.korvan.coolingSetpoint\":" + std::to_string(setpoint) +
-           ",\"x.com.korvan.fanSpeed\":\"" + fan + "\"}}";
-}
 
 class PluginTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString(
-            kDevicesKey,
-            R"({"dev_info":[{"codeset":"HFAN0001","device_index":3},)"
-            R"({"codeset":"ZAC00005","device_index":7}]})");
+        ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN0001","device_index":3},)"
+                         R"({"codeset":"ZAC00005","device_index":7}]})");
         plugin_ = std::make_unique<PluginLoader>(IRC_PLUGIN_PATH);
     }
 

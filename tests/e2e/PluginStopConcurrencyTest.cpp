@@ -117,7 +117,7 @@ TEST_F(PluginStopConcurrencyTest, JobOfTheFirstStartStaysSilentDuringAFailedRest
 // job's JSON work must find the JSON layer's values alive until the worker has been joined.
 TEST_F(PluginStopConcurrencyTest, UnloadRightAfterTheStopLetsTheRunningJobFinishItsJsonWork) {
     // No "dev_info": each lookup of it gives the JSON layer's shared null value.
-    sim::Settings::SetString(kDevicesKey, R"({"paired":[]})");
+    sim::Settings::SetString(kPairingKey, R"({"paired":[]})");
     plugin_->Create();
     ASSERT_EQ(AnswerOf(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10)))->first, "key_error");
 

@@ -81,9 +81,8 @@ TEST_F(PluginStressTest, ConcurrentRequestsAcrossCreateAndDestroyAreAnsweredAtMo
             ++answeredCount;
         }
         EXPECT_GT(answeredCount, 0u) << "cycle " << cycle;
-        sim::ResetAll();
+        ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN0001","device_index":3}]})");
         sim::Log::SetCapture(false);
-        sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN0001","device_index":3}]})");
     }
     plugin_.reset();
 }

@@ -1,5 +1,5 @@
-// The README's host-tool examples do what it says: each one runs and every request in it is
-// answered ok.
+// The host-tool examples of the README and of the hardware guide (its dry run) do what they say:
+// each one runs and every request in it is answered ok.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -35,29 +35,33 @@ std::vector<std::string> Words(const std::string& line) {
 }
 
 TEST(ReadmeExamplesTest, EveryHostToolExampleIsAnsweredOk) {
-    std::ifstream in(std::string(IRC_SOURCE_DIR) + "/README.md");
     int examples = 0;
-    for (std::string line; std::getline(in, line);) {
-        const std::string tool = "build/bin/ircontrol-host ";
-        const std::size_t at = line.find(tool);
-        if (line.rfind("    ", 0) != 0 || at == std::string::npos) continue;
-        if (line.find("/dev/lirc") != std::string::npos) continue;  // needs a real transmitter
-        std::string input;
-        if (line.rfind("    echo ", 0) == 0) {
-            const std::vector<std::string> echo = Words(line.substr(4, line.find(" | ") - 4));
-            ASSERT_EQ(echo.size(), 2u) << line;
-            input = echo[1] + "\n";
+    for (const char* doc : {"/README.md", "/docs/hardware.md"}) {
+        std::ifstream in(std::string(IRC_SOURCE_DIR) + doc);
+        ASSERT_TRUE(in) << doc;
+        for (std::string line; std::getline(in, line);) {
+            const std::string tool = "build/bin/ircontrol-host ";
+            const std::size_t at = line.find(tool);
+            if (line.rfind("    ", 0) != 0 || at == std::string::npos) continue;
+            if (line.find("/dev/lirc") != std::string::npos) continue;  // needs a real transmitter
+            std::string input;
+            if (line.rfind("    echo ", 0) == 0) {
+                const std::vector<std::string> echo = Words(line.substr(4, line.find(" | ") - 4));
+                ASSERT_EQ(echo.size(), 2u) << line;
+                input = echo[1] + "\n";
+            }
+            std::vector<std::string> args = Words(line.substr(at + tool.size()));
+            args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
+            Options options = CCommandLine::Parse(args);
+            ASSERT_EQ(options.error, "") << line;
+            std::istringstream stdinText(input);
+            std::ostringstream out, err;
+            EXPECT_EQ(CApp(options, stdinText, out, err).Run(), 0)
+                << line << "\n" << out.str() << err.str();
+            ++examples;
         }
-        std::vector<std::string> args = Words(line.substr(at + tool.size()));
-        args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
-        Options options = CCommandLine::Parse(args);
-        ASSERT_EQ(options.error, "") << line;
-        std::istringstream stdinText(input);
-        std::ostringstream out, err;
-        EXPECT_EQ(CApp(options, stdinText, out, err).Run(), 0) << line << "\n" << out.str() << err.str();
-        ++examples;
     }
-    EXPECT_GE(examples, 8) << "the README lost its examples";
+    EXPECT_GE(examples, 9) << "the README or the hardware guide lost its examples";
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 #include <thread>
 
 #include "FakePropertyList.h"
+#include "Payloads.h"
+#include "PlatformState.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
@@ -19,16 +21,13 @@ using namespace std::chrono_literals;
 class CRecvControllerTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString("db/tavrell/irplugin/devices",
-                                 R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
+        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
     }
 
     // A key-event request whose answers are recorded, with a promise set by the first answer.
     RequestSharedPtr MakeRequest(int key, std::shared_ptr<std::promise<std::string>> answered) {
         auto list = std::make_shared<irctest::FakePropertyList>(std::map<std::string, std::string>{
-            {"setKeyEvent", R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetName":"HFAN",)"
-                            R"("x.com.korvan.codesetKey":)" + std::to_string(key) + "}"}});
+            {"setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", key)}});
         return CRequest::Create(RequestType::Set, list,
                                 [answered](const std::string& code, const std::string&) {
                                     answered->set_value(code);

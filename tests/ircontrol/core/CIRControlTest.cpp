@@ -7,29 +7,19 @@
 #include <vector>
 
 #include "FakePropertyList.h"
+#include "Payloads.h"
+#include "PlatformState.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol {
 namespace {
 
-constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
+using irctest::AcPayload;
+using irctest::KeyPayload;
+
 const std::string kPairing =
-    R"({"dev_info":[{"codeset":"HFAN","device_index":1},{"codeset":"HPUR","device_index":2},)"
-    R"({"codeset":"HHUM","device_index":3},{"codeset":"HRBC","device_index":4},)"
+    R"({"dev_info":[{"codeset":"HFAN","device_index":1},{"codeset":"HRBC","device_index":4},)"
     R"({"codeset":"ZAC","device_index":5}]})";
-
-std::string Key(const std::string& type, const std::string& codeset, const std::string& key) {
-    return R"({"x.com.korvan.deviceType":")" + type + R"(","x.com.korvan.codesetName":")" +
-           codeset + R"(","x.com.korvan.codesetKey":)" + key + "}";
-}
-
-std::string Ac(const std::string& power, const std::string& mode, const std::string& setpoint,
-               const std::string& fan, const std::string& codeset = "ZAC") {
-    return R"({"x.com.korvan.deviceType":"oic.d.airconditioner","x.com.korvan.codesetName":")" +
-           codeset + R"(","x.com.korvan.codesetKey":1,"x.com.korvan.acState":{)" +
-           R"("x.com.korvan.power":)" + power + R"(,"x.com.korvan.mode":)" + mode +
-           R"(,"x.com.korvan.coolingSetpoint":)" + setpoint + R"(,"x.com.korvan.fanSpeed":)" + fan + "}}";
-}
 
 // An air conditioner request with one member left out: a root member ("codesetKey") or one of
 // the state's members ("power", "mode", "coolingSetpoint", "fanSpeed").
@@ -53,14 +43,9 @@ struct Outcome {
 
 class CIRControlTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString(kDevicesKey, kPairing);
-    }
+    void SetUp() override { irctest::ResetWithPairing(kPairing); }
 
-    static Outcome KeyEvent(const std::string& payload) {
-        return Run(payload, true);
-    }
+    static Outcome KeyEvent(const std::string& payload) { return Run(payload, true); }
 
     static Outcome Run(const std::string& payload, bool keyEvent) {
         sim::IrBlaster::ClearJournal();
@@ -77,94 +62,22 @@ protected:
         } else {
             control.HandleDeviceEvent(request);
         }
-        for (const auto& call : sim::IrBlaster::Journal()) {
-            if (call.function == sim::IrCall::Function::SendH ||
-                call.function == sim::IrCall::Function::SendZ ||
-                call.function == sim::IrCall::Function::Aircon) {
-                outcome.sent.push_back(call);
-            }
-        }
+        outcome.sent = irctest::Transmissions();
         return outcome;
     }
 };
-
-TEST_F(CIRControlTest, KeyAppliancesSendOnlyTheirAllowedKeys) {
-    struct Case { std::string type, codeset; int key; bool sent; int index; };
-    std::vector<Case> cases;
-    const std::vector<int> common = {10, 11, 12, 76, 14, 13};
-    const std::vector<int> all = {10, 11, 12, 13, 14, 28, 39, 76, 0, -1, 77};
-    const std::vector<std::pair<std::string, std::pair<std::string, int>>> kinds = {
-        {"oic.d.fan", {"HFAN", 1}}, {"oic.d.airpurifier", {"HPUR", 2}},
-        {"x.com.zq.d.humidifier", {"HHUM", 3}}, {"oic.d.robotcleaner", {"HRBC", 4}}};
-    for (const auto& [type, where] : kinds) {
-        const bool cleaner = type == "oic.d.robotcleaner";
-        for (int key : all) {
-            const bool allowed = cleaner ? (key == 10 || key == 39 || key == 28)
-                                         : std::find(common.begin(), common.end(), key) != common.end();
-            cases.push_back({type, where.first, key, allowed, where.second});
-        }
-    }
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.type + " key " + std::to_string(c.key));
-        const Outcome out = KeyEvent(Key(c.type, c.codeset, std::to_string(c.key)));
-        ASSERT_EQ(out.answers.size(), 1u);
-        EXPECT_EQ(out.answers[0], c.sent ? "ok" : "key_error");
-        ASSERT_EQ(out.sent.size(), c.sent ? 1u : 0u);
-        if (c.sent) {
-            EXPECT_EQ(out.sent[0].function, sim::IrCall::Function::SendH);
-            EXPECT_EQ(out.sent[0].key, c.key);
-            EXPECT_EQ(out.sent[0].deviceIndex, c.index);
-            EXPECT_FALSE(out.sent[0].online);
-        }
-    }
-    EXPECT_TRUE(sim::Log::Contains("key to be IRBlastered : 39"));
-    EXPECT_TRUE(sim::Log::Contains("key to be IRBlasted : 76"));
-    EXPECT_TRUE(sim::Log::Contains("error occured: unsupported key(error:5)"));
-}
-
-TEST_F(CIRControlTest, AirConditionerWordsAreTranslatedAndModeGoesFirst) {
-    struct Case { std::string power, mode, fan, setpoint; std::string expect[4]; };
-    const std::vector<Case> cases = {
-        {"\"ON\"", "\"COLD\"", "\"LOW\"", "24", {"cool", "on", "24", "low"}},
-        {"\"OFF\"", "\"AUTO\"", "\"AUTO\"", "-5", {"auto", "off", "-5", "auto"}},
-        {"\"ON\"", "\"DEHUMI\"", "\"MEDIUM\"", "18", {"dry", "on", "18", "medium"}},
-        {"\"ON\"", "\"VENT\"", "\"HIGH\"", "30", {"fan", "on", "30", "high"}},
-        {"\"ON\"", "\"HEAT\"", "\"HIGH\"", "99", {"heat", "on", "99", "high"}},
-        // A set point is sent as the request wrote it, 0 and the int limits included.
-        {"\"ON\"", "\"COLD\"", "\"LOW\"", "0", {"cool", "on", "0", "low"}},
-        {"\"ON\"", "\"COLD\"", "\"LOW\"", "-1", {"cool", "on", "-1", "low"}},
-        {"\"ON\"", "\"COLD\"", "\"LOW\"", "2147483647", {"cool", "on", "2147483647", "low"}},
-        {"\"ON\"", "\"COLD\"", "\"LOW\"", "-2147483648", {"cool", "on", "-2147483648", "low"}},
-    };
-    for (const auto& c : cases) {
-        const Outcome out = KeyEvent(Ac(c.power, c.mode, c.setpoint, c.fan));
-        ASSERT_EQ(out.answers, std::vector<std::string>{"ok"}) << c.mode;
-        ASSERT_EQ(out.sent.size(), 1u);
-        EXPECT_EQ(out.sent[0].function, sim::IrCall::Function::Aircon);
-        EXPECT_EQ(out.sent[0].deviceIndex, 5);
-        EXPECT_EQ(out.sent[0].mode, c.expect[0]);
-        EXPECT_EQ(out.sent[0].power, c.expect[1]);
-        EXPECT_EQ(out.sent[0].coolingSetpoint, c.expect[2]);
-        EXPECT_EQ(out.sent[0].fanSpeed, c.expect[3]);
-    }
-}
 
 // Every refusal answers key_error with the caught exception's text in the log, and sends nothing.
 TEST_F(CIRControlTest, FailuresAnswerKeyErrorWithTheReasonLogged) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"", "setKeyEvent property Empty!!(error:5)"},
         {"not json", "json obj null(error:2)"},
-        {Key("oic.d.tv", "HFAN", "10"), "not supported type(error:6)"},
-        {Key("oic.d.airconditioner ", "ZAC", "10"), "not supported type(error:6)"},
-        {Key("oic.d.fan", "NOPE", "10"), "d2d_device_index < 0 !!!!!(error:2)"},
-        {Key("oic.d.fan", "hfan", "10"), "d2d_device_index < 0 !!!!!(error:2)"},
+        {KeyPayload("oic.d.tv", "HFAN", "10"), "not supported type(error:6)"},
+        {KeyPayload("oic.d.robotcleaner", "HRBC", "11"), "unsupported key(error:5)"},
+        {KeyPayload("oic.d.fan", "NOPE", "10"), "d2d_device_index < 0 !!!!!(error:2)"},
         {R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetKey":10})",
          "codeset_name obj null(error:5)"},
-        {Key("oic.d.airconditioner", "ZAC", "1"), "ac_state_obj null(error:5)"},
-        {Ac("\"on\"", "\"COLD\"", "24", "\"LOW\""), "invalid power state(error:2)"},
-        {Ac("\"ON\"", "\"cool\"", "24", "\"LOW\""), "invalid mode state(error:2)"},
-        {Ac("\"ON\"", "\"COLD\"", "24", "\"TURBO\""), "invalid fan mode state(error:2)"},
-        {Ac("\"BAD\"", "\"BAD\"", "24", "\"BAD\""), "invalid power state(error:2)"},
+        {KeyPayload("oic.d.airconditioner", "ZAC", "1"), "ac_state_obj null(error:5)"},
         // Every member of an air conditioner's request must be there, even those it never
         // sends (the key) and those a default could stand for (the set point).
         {AcWithout("power"), "power obj null(error:5)"},
@@ -175,14 +88,14 @@ TEST_F(CIRControlTest, FailuresAnswerKeyErrorWithTheReasonLogged) {
         {R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetName":"HFAN"})",
          "codeset_name obj null(error:5)"},
         // Wrong member types and shapes.
-        {Key("oic.d.fan", "HFAN", "\"10\""), "cannot convert to int32_t type"},
-        {Key("oic.d.fan", "HFAN", "3000000000"), "int64_t value exceed int32_t range"},
+        {KeyPayload("oic.d.fan", "HFAN", "\"10\""), "cannot convert to int32_t type"},
+        {KeyPayload("oic.d.fan", "HFAN", "3000000000"), "int64_t value exceed int32_t range"},
         {R"({"x.com.korvan.deviceType":["oic.d.fan"]})", "cannot convert to string type"},
         {"[1,2,3]", "invalid type"},
         {"42", "invalid type"},
-        {Ac("\"ON\"", "\"COLD\"", "\"warm\"", "\"LOW\""), "cannot convert to int32_t type"},
-        {Ac("\"ON\"", "\"COLD\"", "2147483648", "\"LOW\""), "int64_t value exceed int32_t range"},
-        {Ac("\"ON\"", "\"COLD\"", "null", "\"LOW\""), "coolingSetpoint obj null(error:5)"},
+        {AcPayload("ZAC", "ON", "COLD", "\"warm\"", "LOW"), "cannot convert to int32_t type"},
+        {AcPayload("ZAC", "ON", "COLD", "2147483648", "LOW"), "int64_t value exceed int32_t range"},
+        {AcPayload("ZAC", "ON", "COLD", "null", "LOW"), "coolingSetpoint obj null(error:5)"},
         {std::string(100000, '[') + std::string(100000, ']'), "json obj null(error:2)"},
     };
     for (const auto& [payload, reason] : cases) {
@@ -195,77 +108,16 @@ TEST_F(CIRControlTest, FailuresAnswerKeyErrorWithTheReasonLogged) {
     }
 }
 
-TEST_F(CIRControlTest, HostileSettingsStoreContentsAnswerKeyError) {
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"", "d2d_irdevices_json empty!(error:2)"},
-        {"{}", "device_array_obj null(error:2)"},
-        {"not json", "device_array_obj null(error:2)"},
-        {"[1]", "invalid type"},
-        {R"({"dev_info":{"codeset":"HFAN"}})", "invalid type"},
-        {R"({"dev_info":[{"device_index":1},{"codeset":"HFAN","device_index":2}]})",
-         "codeset_obj null(error:2)"},
-        {R"({"dev_info":[{"codeset":"HFAN"}]})", "device_index_obj null(error:2)"},
-        {R"({"dev_info":[{"codeset":"HFAN","device_index":-3}]})", "d2d_device_index < 0 !!!!!(error:2)"},
-        {R"({"dev_info":[{"codeset":"HFAN","device_index":-1}]})", "d2d_device_index < 0 !!!!!(error:2)"},
-        {R"({"dev_info":[{"codeset":"HFAN","device_index":-2147483648}]})",
-         "d2d_device_index < 0 !!!!!(error:2)"},
-        {R"({"dev_info":[{"codeset":"HFAN","device_index":2147483648}]})",
-         "int64_t value exceed int32_t range"},
-        {R"({"dev_info":[{"codeset":"HFAN","device_index":"one"}]})", "cannot convert to int32_t type"},
-        {R"({"dev_info":[7]})", "invalid type"},
-        {std::string(100000, '{'), "device_array_obj null(error:2)"},
-    };
-    for (const auto& [stored, reason] : cases) {
-        SCOPED_TRACE(stored.substr(0, 120));
-        sim::Settings::SetString(kDevicesKey, stored);
-        sim::Log::Clear();
-        const Outcome out = KeyEvent(Key("oic.d.fan", "HFAN", "10"));
-        EXPECT_EQ(out.answers, std::vector<std::string>{"key_error"});
-        EXPECT_TRUE(sim::Log::Contains("error occured: " + reason));
-    }
-    sim::Settings::Remove(kDevicesKey);
-    sim::Log::Clear();
-    EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).answers, std::vector<std::string>{"key_error"});
-    EXPECT_TRUE(sim::Log::Contains("error occured: vconf get str returned null!(error:8)"));
-}
-
-TEST_F(CIRControlTest, FirstPairingMatchWinsAndChangesApplyToTheNextCommand) {
-    sim::Settings::SetString(kDevicesKey,
-                             R"({"dev_info":[{"codeset":"HFAN","device_index":6},{"codeset":"HFAN","device_index":9}]})");
-    EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).sent.at(0).deviceIndex, 6);
-    sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN","device_index":8}]})");
-    EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).sent.at(0).deviceIndex, 8);
-}
-
-// Transmitter 0 is a real one; only negative entries are refused.
-TEST_F(CIRControlTest, EveryNonNegativePairedIndexIsSentToThatTransmitter) {
-    struct Case { std::string stored; int sent; };
-    const std::vector<Case> cases = {{"0", 0}, {"1", 1}, {"2147483647", 2147483647}, {"-0", 0}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE("device_index " + c.stored);
-        sim::Settings::SetString(kDevicesKey, R"({"dev_info":[{"codeset":"HFAN","device_index":)" +
-                                                  c.stored + R"(},{"codeset":"ZAC","device_index":)" +
-                                                  c.stored + "}]}");
-        for (const std::string& payload : {Key("oic.d.fan", "HFAN", "10"), Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\"")}) {
-            const Outcome out = KeyEvent(payload);
-            EXPECT_EQ(out.answers, std::vector<std::string>{"ok"});
-            ASSERT_EQ(out.sent.size(), 1u);
-            EXPECT_EQ(out.sent[0].deviceIndex, c.sent);
-        }
-    }
-}
-
 // Log readers on the TV filter by tag and priority and parse "<file> : <function>(<line>)  ";
 // each kind of line keeps its priority: 6 error, 4 info, 3 debug.
 TEST_F(CIRControlTest, ServiceLinesKeepTheirPriorityTagAndPrefix) {
     sim::Log::Clear();
-    KeyEvent(Key("oic.d.fan", "HFAN", "39"));
-    KeyEvent(Key("oic.d.fan", "HFAN", "10"));
+    KeyEvent(KeyPayload("oic.d.fan", "HFAN", "39"));
+    KeyEvent(KeyPayload("oic.d.fan", "HFAN", "10"));
     Run("{}", false);
     struct Case { std::string location, message; int priority; };
     const std::vector<Case> cases = {
         {"CIRControl.cpp : HandleKeyEvent(", "  error occured: unsupported key(error:5)", 6},
-        {"CIRInterface.cpp : getD2DDeviceIndex(", "  codeset:HFAN, index: 1", 6},
         {"CIRDevice.cpp : blastAllowedKey(", "  key to be IRBlasted : 10", 4},
         {"CIRControl.cpp : HandleDeviceEvent(", "  device_event_json: {}", 4},
         {"CIRControl.cpp : HandleDeviceEvent(", " > Entered\n", 4},
@@ -292,8 +144,8 @@ TEST_F(CIRControlTest, ServiceLinesKeepTheirPriorityTagAndPrefix) {
 TEST_F(CIRControlTest, LibraryFailureWithoutExceptionStillAnswersOk) {
     sim::IrBlaster::SetSendResult(false);
     sim::IrBlaster::SetAirconResult(-7);
-    EXPECT_EQ(KeyEvent(Key("oic.d.fan", "HFAN", "10")).answers, std::vector<std::string>{"ok"});
-    EXPECT_EQ(KeyEvent(Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\"")).answers, std::vector<std::string>{"ok"});
+    EXPECT_EQ(KeyEvent(KeyPayload("oic.d.fan", "HFAN", "10")).answers, std::vector<std::string>{"ok"});
+    EXPECT_EQ(KeyEvent(AcPayload("ZAC", "ON", "COLD", "24", "LOW")).answers, std::vector<std::string>{"ok"});
     EXPECT_TRUE(sim::Log::Contains("ret of irbl_send_command_hdevice: 0"));
     EXPECT_TRUE(sim::Log::Contains("ret of irbl_set_aircon_states_and_send_command : -7"));
 }
@@ -320,35 +172,6 @@ TEST_F(CIRControlTest, RequestsWithoutAListAnswerTheirKindsError) {
     control.HandleDeviceEvent(request);
     EXPECT_EQ(answers, (std::vector<std::string>{"key_error", "device_error"}));
     EXPECT_EQ(sim::Log::Count("error occured: property_list null!(error:5)"), 2u);
-}
-
-// Each request queries the key map of its own codeset kind, from the TV's catalogue (never the
-// online one).
-TEST_F(CIRControlTest, KeyMapsComeFromTheCodesetKindOfTheDevice) {
-    sim::IrBlaster::SetKeyMap("HFAN", "fan-keys");
-    struct Case { std::string payload; sim::IrCall::Function query; std::string codeset; };
-    const std::vector<Case> cases = {
-        {Key("oic.d.fan", "HFAN", "10"), sim::IrCall::Function::KeyMapH, "HFAN"},
-        {Ac("\"ON\"", "\"COLD\"", "24", "\"LOW\""), sim::IrCall::Function::KeyMapZ, "ZAC"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.codeset);
-        KeyEvent(c.payload);
-        std::vector<sim::IrCall> queries;
-        for (const auto& call : sim::IrBlaster::Journal()) {
-            if (call.function == sim::IrCall::Function::KeyMapH ||
-                call.function == sim::IrCall::Function::KeyMapZ) {
-                queries.push_back(call);
-            }
-        }
-        ASSERT_EQ(queries.size(), 1u);
-        EXPECT_EQ(queries[0].function, c.query);
-        EXPECT_EQ(queries[0].codeset, c.codeset);
-        EXPECT_FALSE(queries[0].online);
-    }
-    EXPECT_TRUE(sim::Log::Contains("key_map: fan-keys"));
-    // ZAC has no key map in the catalogue; both kinds log the same text for that.
-    EXPECT_TRUE(sim::Log::Contains("irbl_get_supported_keymap_hcodeset returnd NULL!!"));
 }
 
 }  // namespace

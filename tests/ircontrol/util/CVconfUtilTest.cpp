@@ -25,7 +25,6 @@ void ExpectThrows(const std::function<void()>& call, const std::string& message,
     } catch (const CException& e) {
         EXPECT_EQ(e.GetMessage(), message);
         EXPECT_EQ(e.GetErrorCode(), code);
-        EXPECT_EQ(std::string(e.what()), message + "(error:" + std::to_string(code) + ")");
     }
 }
 

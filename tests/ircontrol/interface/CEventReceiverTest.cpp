@@ -1,0 +1,98 @@
+#include "interface/CEventReceiver.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "FakePropertyList.h"
+#include "Payloads.h"
+#include "PlatformState.h"
+#include "common/CRequest.h"
+#include "sim/Simulator.h"
+
+namespace ircontrol {
+namespace {
+
+// A list that names its properties in the order given (duplicates and unknown names included),
+// each with a fan key as its text.
+class NamedList : public irctest::FakePropertyList {
+public:
+    explicit NamedList(std::vector<std::string> names)
+        : FakePropertyList({{"setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", 10)}, {"setDeviceEvent", "{}"}}),
+          names_(std::move(names)) {}
+    std::vector<std::string> GetPropertyNameList() override { return names_; }
+
+private:
+    std::vector<std::string> names_;
+};
+
+RequestSharedPtr Request(const std::vector<std::string>& names) {
+    return CRequest::Create(RequestType::Set, std::make_shared<NamedList>(names),
+                            [](const std::string&, const std::string&) {});
+}
+
+// What the receiver did with each name, in order: "key", "device", or "<name>?" when refused.
+std::vector<std::string> Dispatches() {
+    std::vector<std::string> out;
+    for (const auto& line : sim::Log::Lines()) {
+        const std::string& text = line.text;
+        if (text.find("recv_controller_ SET_KEY_EVENT") != std::string::npos) out.push_back("key");
+        if (text.find("recv_controller_ SET_DEVICE_EVENT") != std::string::npos) out.push_back("device");
+        const std::size_t at = text.find(" not found in map");
+        if (at != std::string::npos) {
+            const std::size_t start = text.find(")  ") + 3;  // after "<file> : <function>(<line>)  "
+            out.push_back(text.substr(start, at - start) + "?");
+        }
+    }
+    return out;
+}
+
+// The service's queue stops for good with Deinit; ctest runs each test in its own process.
+class CEventReceiverTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
+        receiver_.Init();
+    }
+    CEventReceiver receiver_;
+};
+
+// Exact names only, each handed on in list order, however often it appears; the rest logged.
+TEST_F(CEventReceiverTest, EachKnownNameIsHandedOnInListOrderAndOthersAreLogged) {
+    struct Case { std::vector<std::string> names, expected; };
+    const std::vector<Case> cases = {
+        {{}, {}},
+        {{"setKeyEvent"}, {"key"}},
+        {{"setDeviceEvent", "setKeyEvent"}, {"device", "key"}},
+        {{"setKeyEvent", "volume", "setDeviceEvent"}, {"key", "volume?", "device"}},
+        {{"SetKeyEvent", "setkeyevent", "setKeyEvent "}, {"SetKeyEvent?", "setkeyevent?", "setKeyEvent ?"}},
+        {{"setKeyEvent", "setKeyEvent"}, {"key", "key"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.names));
+        sim::Log::Clear();
+        receiver_.HandleEvent(Request(c.names));
+        EXPECT_EQ(Dispatches(), c.expected);
+    }
+    // The handed-on key events were carried out by the queue.
+    EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(4, std::chrono::seconds(10)));
+}
+
+// Deinit stops the controller but keeps the handlers, so a late request reaches the stopped
+// queue and is refused there, loudly, instead of vanishing.
+TEST_F(CEventReceiverTest, AfterDeinitARequestReachesTheStoppedQueueAndIsRefused) {
+    receiver_.Deinit();
+    sim::Log::Clear();
+    try {
+        receiver_.HandleEvent(Request({"setKeyEvent"}));
+        ADD_FAILURE() << "no exception";
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "Thread already finished! Can not do enqueue!!");
+    }
+    EXPECT_EQ(Dispatches(), std::vector<std::string>{"key"});
+}
+
+}  // namespace
+}  // namespace ircontrol

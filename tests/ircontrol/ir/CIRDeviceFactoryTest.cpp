@@ -1,0 +1,80 @@
+#include "ir/CIRDeviceFactory.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <dlog.h>
+
+#include "common/CException.h"
+#include "ir/CIRDeviceAirConditioner.h"
+#include "ir/CIRDeviceAirPurifier.h"
+#include "ir/CIRDeviceFan.h"
+#include "ir/CIRDeviceHumidifier.h"
+#include "ir/CIRDeviceRobotCleaner.h"
+#include "sim/Simulator.h"
+
+namespace ircontrol {
+namespace {
+
+using Is = std::function<bool(IIRDevice*)>;
+
+template <typename T>
+Is IsA() {
+    return [](IIRDevice* device) { return dynamic_cast<T*>(device) != nullptr; };
+}
+
+// The four key appliances share their code and three share an allow-list, so a swapped branch
+// would pass every request-level test; only the class tells them apart.
+TEST(CIRDeviceFactoryTest, EachKnownTypeGetsItsOwnClassAndAFreshObject) {
+    const std::vector<std::pair<std::string, Is>> classes = {
+        {"x.com.zq.d.humidifier", IsA<CIRDeviceHumidifier>()},
+        {"oic.d.airpurifier", IsA<CIRDeviceAirPurifier>()},
+        {"oic.d.fan", IsA<CIRDeviceFan>()},
+        {"oic.d.robotcleaner", IsA<CIRDeviceRobotCleaner>()},
+        {"oic.d.airconditioner", IsA<CIRDeviceAirConditioner>()},
+    };
+    for (const auto& [type, expected] : classes) {
+        SCOPED_TRACE(type);
+        const auto device = CIRDeviceFactory::CreateDevice(type);
+        ASSERT_NE(device, nullptr);
+        for (const auto& [otherType, other] : classes) {
+            EXPECT_EQ(other(device.get()), otherType == type) << otherType;
+        }
+        // One object per request: nothing of an earlier request can leak into the next.
+        EXPECT_NE(CIRDeviceFactory::CreateDevice(type), device);
+        EXPECT_EQ(device.use_count(), 1);
+    }
+}
+
+TEST(CIRDeviceFactoryTest, AnyOtherTypeIsRefusedWithCode6AndTheTypeLogged) {
+    sim::ResetAll();
+    const std::vector<std::string> refused = {
+        "", "oic.d.fan ", " oic.d.fan", "OIC.D.FAN", "oic.d.Fan", "oic.d.airconditioner ",
+        "oic.d.humidifier", "oic.d.tv", "oic.d.fanx", std::string("oic.d.fan\0", 10)};
+    for (const auto& type : refused) {
+        SCOPED_TRACE("[" + type + "]");
+        try {
+            CIRDeviceFactory::CreateDevice(type);
+            ADD_FAILURE() << "created a device";
+        } catch (const CException& e) {
+            EXPECT_EQ(e.GetMessage(), "not supported type");
+            EXPECT_EQ(e.GetErrorCode(), 6);
+        }
+    }
+    // Log readers find the type a request named even when it was refused.
+    const auto lines = sim::Log::Lines();
+    std::size_t logged = 0;
+    for (const auto& line : lines) {
+        if (line.text.find("oic_device_type : oic.d.tv") != std::string::npos) {
+            EXPECT_EQ(line.priority, DLOG_ERROR);
+            ++logged;
+        }
+    }
+    EXPECT_EQ(logged, 1u);
+}
+
+}  // namespace
+}  // namespace ircontrol

@@ -1,0 +1,24 @@
+// Test helpers over the fake platform: a clean start with a pairing list in the settings store,
+// and the IR blaster's journal split into transmissions and key-map queries. Any thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ServiceContract.h"
+#include "sim/IrBlaster.h"
+
+namespace irctest {
+
+// The settings key of the pairing list the plugin reads on every command.
+inline constexpr const char* kPairingKey = ircontrol::contract::kDevicesKey;
+
+// sim::ResetAll, then `pairing` (a JSON text) stored as the pairing list.
+void ResetWithPairing(const std::string& pairing);
+
+// The journal's key sends and air-conditioner states, oldest first.
+std::vector<sim::IrCall> Transmissions();
+// The journal's key-map queries, oldest first.
+std::vector<sim::IrCall> KeyMapQueries();
+
+}  // namespace irctest
