@@ -44,7 +44,7 @@ TEST(CAcFrameDecoderTest, EveryStateOfEveryFamilyReadsBackAfterSending) {
     for (const Codeset* codeset : families) {
         const AcFrameFormat& f = codeset->frame;
         int states = 0;
-        for (const auto& [power, ignoredP] : f.power.values) {
+        for (const std::string& power : PowerWords(f)) {
             for (const auto& [mode, ignoredM] : f.mode.values) {
                 for (const auto& [fan, ignoredF] : f.fan.values) {
                     for (int degrees = static_cast<int>(std::ceil(f.setpoint.min)); degrees <= f.setpoint.max; ++degrees) {

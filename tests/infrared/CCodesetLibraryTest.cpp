@@ -43,6 +43,7 @@ TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheTool
         {"HFAN0001", R"({"power":10,"speed_up":11,"speed_down":12,"swing":13,"timer":14,"mode":76})"},
         {"HRBC0004", R"({"power":10,"home":28,"start":39})"},
         {"ZAC00005", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[16,31]})"},
+        {"ZAC00018", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[18,32],"power":["on","toggle"]})"},
         {"ZAC00008", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[17,30]})"},
     };
     for (const auto& c : cases) {

@@ -135,6 +135,10 @@ struct AcFrameFormat {
     std::vector<FrameSlot> fixed;        // bits a frame of this family always has as in `bytes`
 };
 
+// The power words a frame takes: its field's, "off" when an off frame stands for it, and "on"
+// when only "off" is a code.
+std::vector<std::string> PowerWords(const AcFrameFormat& frame);
+
 struct Codeset {
     std::string name;
     std::string source;       // where the protocol facts come from
