@@ -103,8 +103,11 @@ TEST(CAcFrameEncoderTest, PublishedStatesAgreeOnEveryFieldTheEncoderSetsAndOnThe
         const auto readPublished = CAcFrameDecoder::ReadState(f, published);
         for (const auto& w : WrittenSlots(f, words.state)) {
             const bool sameBits = (built[w.slot.byte] & w.slot.mask) == (published[w.slot.byte] & w.slot.mask);
-            const bool sameWords = readBuilt && readPublished && readBuilt->fan == readPublished->fan &&
-                                   readBuilt->power == readPublished->power;
+            // A family may read two codes as one word (auto fan with or without its flag).
+            const std::string what = w.what;
+            const bool sameWords = readBuilt && readPublished &&
+                                   ((what == "fan" && readBuilt->fan == readPublished->fan) ||
+                                    (what == "power" && readBuilt->power == readPublished->power));
             EXPECT_TRUE(sameBits || sameWords) << w.what << " in byte " << w.slot.byte;
         }
         ++compared;
