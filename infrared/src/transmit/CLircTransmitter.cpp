@@ -6,6 +6,7 @@
 #include <cstring>
 #include <thread>
 
+#include "LircOpenFailure.h"
 #include "infrared/encode/CKeyEncoder.h"
 
 namespace infrared {
@@ -77,20 +78,9 @@ CLircTransmitter::CLircTransmitter(const std::string& path, std::shared_ptr<ILir
 CLircTransmitter::~CLircTransmitter() { device_->Close(fd_); }
 
 void CLircTransmitter::openFailed(int error) {
-    const std::string cannot = "cannot open " + path_ + ": ";
-    if (error == -ENOENT || error == -ENODEV || error == -ENXIO) {
-        throw CTransmitError(cannot + "no such device. Is the transmitter's driver loaded (on a Raspberry Pi: "
-                             "dtoverlay=gpio-ir-tx in config.txt; USB: mceusb, iguanair)? `ls /dev/lirc*` lists them");
-    }
-    if (error == -EACCES || error == -EPERM) {
-        const std::string group = device_->GroupOf(path_);
-        const std::string owner = group.empty() ? "its group" : "group '" + group + "'";
-        throw CTransmitError(cannot + "permission denied. The device belongs to " + owner +
-                             ": add yourself (sudo usermod -aG " + (group.empty() ? "<group>" : group) +
-                             " $USER, then log in again) or add a udev rule such as "
-                             "KERNEL==\"lirc[0-9]*\", GROUP=\"video\", MODE=\"0660\"");
-    }
-    throw CTransmitError(cannot + Reason(error));
+    throw CTransmitError(LircOpenFailure(path_, error, *device_,
+                                         "Is the transmitter's driver loaded (on a Raspberry Pi: dtoverlay=gpio-ir-tx "
+                                         "in config.txt; USB: mceusb, iguanair)?"));
 }
 
 void CLircTransmitter::ioctlOrThrow(unsigned long request, std::uint32_t value, const char* what) {
