@@ -10,6 +10,7 @@
 
 #include "IrsimReceive.h"
 #include "infrared/encode/CKeyEncoder.h"
+#include "infrared/formats/CFormatError.h"
 #include "infrared/transmit/CMode2Sink.h"
 
 namespace infrared {
@@ -60,7 +61,7 @@ TEST(CMode2TextTest, RefusesABadLineWithItsNumberAndReason) {
         try {
             CMode2Text::Parse(c.text, "f");
             ADD_FAILURE() << "accepted";
-        } catch (const CReceiveError& error) {
+        } catch (const CFormatError& error) {
             EXPECT_EQ(std::string(error.what()).rfind(c.message, 0), 0u) << error.what();
         }
     }
@@ -77,7 +78,7 @@ TEST(CMode2TextTest, RandomBytesAreReadOrRefusedNeverMore) {
             for (const auto& capture : CMode2Text::Parse(text, "r")) {
                 ASSERT_EQ(capture.durations.size() % 2, 1u) << text;
             }
-        } catch (const CReceiveError& error) {
+        } catch (const CFormatError& error) {
             ASSERT_EQ(std::string(error.what()).rfind("r:", 0), 0u) << error.what();
         }
     }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "infrared/encode/CProntoCode.h"
+#include "infrared/formats/CFormatError.h"
 
 namespace infrared {
 namespace {
@@ -45,7 +46,7 @@ TEST(CProntoTextTest, RefusesALineThatIsNotALearnedCode) {
         try {
             CProntoText::Parse(c.text, "p");
             ADD_FAILURE() << "accepted";
-        } catch (const CReceiveError& error) {
+        } catch (const CFormatError& error) {
             EXPECT_EQ(std::string(error.what()).rfind(c.message, 0), 0u) << error.what();
         }
     }

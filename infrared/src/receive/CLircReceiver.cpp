@@ -94,7 +94,10 @@ std::optional<Capture> CLircReceiver::consume(std::uint32_t sample) {
     switch (LIRC_MODE2(sample)) {
         case LIRC_MODE2_PULSE: return builder_.Mark(value);
         case LIRC_MODE2_SPACE: return builder_.Space(value);
-        case LIRC_MODE2_TIMEOUT: builder_.Space(value); return builder_.End();
+        case LIRC_MODE2_TIMEOUT: {
+            auto done = builder_.Space(value);  // the silence may already have ended it
+            return done ? done : builder_.End();
+        }
         case LIRC_MODE2_FREQUENCY: builder_.Carrier(value); return std::nullopt;
         case LIRC_MODE2_OVERFLOW:
             builder_.Discard();

@@ -1,5 +1,5 @@
-// Captures recorded in a file, handed out one by one: lirc mode2 text or Pronto hex, told
-// apart by their first line. The whole file is read and checked when opened.
+// Captures recorded in a file, handed out one by one: lirc mode2 text, Pronto hex, or the raw
+// signals of a Flipper .ir file, told apart by their first line. The whole file is read and checked when opened.
 // Construction throws CReceiveError ("file:line: reason" for a bad line); Next() never throws.
 #pragma once
 
