@@ -158,16 +158,16 @@ TEST(CCodesetFileTest, CopiesAWholeCodesetUnderANewName) {
         if (c.protocol == Protocol::Aircon) aircon = &c;
     }
     ASSERT_NE(aircon, nullptr);
-    std::string json = CCodesetFile::CodesetJson(shipped, aircon->name);
+    const std::string json = CCodesetFile::CodesetJson(shipped, aircon->name);
     ASSERT_FALSE(json.empty());
-    json.replace(json.find(aircon->name), aircon->name.size(), "LIVINGROOM");
     const std::string path = irtest::TempDir() + "/ac.json";
-    CCodesetFile::PutCodeset(path, json);
-    CCodesetFile::PutCodeset(path, json);  // again: replaced, not doubled
+    CCodesetFile::PutCodeset(path, json, "LIVINGROOM");
+    CCodesetFile::PutCodeset(path, json, "LIVINGROOM");  // again: replaced, not doubled
     const auto written = CCodesetLibrary::Parse(Read(path));
     ASSERT_EQ(written->Codesets().size(), 1u);
+    EXPECT_EQ(written->Codesets()[0].name, "LIVINGROOM");
     EXPECT_EQ(written->Codesets()[0].frame.bytes, aircon->frame.bytes);
-    EXPECT_THROW(CCodesetFile::PutCodeset(path, "[1]"), CCodesetFileError);
+    EXPECT_THROW(CCodesetFile::PutCodeset(path, "[1]", "X"), CCodesetFileError);
 }
 
 TEST(CCodesetFileTest, AnUnwritableDirectoryIsAnErrorNotACrash) {

@@ -98,12 +98,13 @@ void CCodesetFile::PutKey(const std::string& path, const std::string& codeset, c
     Store(path, document);
 }
 
-void CCodesetFile::PutCodeset(const std::string& path, const std::string& codesetJson) {
+void CCodesetFile::PutCodeset(const std::string& path, const std::string& codesetJson, const std::string& name) {
     JsonValue document = Load(path);
-    const JsonValue codeset = JsonValue::Create(codesetJson);
+    JsonValue codeset = JsonValue::Create(codesetJson);
     if (codeset.type() != JsonType::kObject) throw CCodesetFileError("not a codeset: " + codesetJson.substr(0, 80));
+    codeset["name"] = JsonValue(name);
     JsonValue& codesets = document["codesets"];
-    const unsigned at = Find(codesets, codeset["name"].asString());
+    const unsigned at = Find(codesets, name);
     if (at == codesets.size()) {
         codesets.append(codeset);
     } else {

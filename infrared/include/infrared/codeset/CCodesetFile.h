@@ -36,8 +36,8 @@ public:
     // Adds `key` to codeset `codeset` (replacing a key of that name), creating the codeset when
     // missing. A codeset of another protocol is refused with a hint.
     static void PutKey(const std::string& path, const std::string& codeset, const LearnedKey& key);
-    // Adds the codeset given as a JSON object text (replacing one of the same name).
-    static void PutCodeset(const std::string& path, const std::string& codesetJson);
+    // Adds the codeset given as a JSON object text under `name` (replacing one of that name).
+    static void PutCodeset(const std::string& path, const std::string& codesetJson, const std::string& name);
     // The codeset `name` of a codesets file's text as a JSON object text ("" if absent).
     static std::string CodesetJson(const std::string& fileText, const std::string& name);
     // Replaces `path` by `text` atomically, keeping the old file's permissions.
