@@ -131,7 +131,8 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
         frame.repeat = match->repeat;
         frame.toggle = match->toggle;
         // A repeat frame carries no code of its own: it repeats the NEC frame before it.
-        if (frame.repeat && out.size() > before && NecFamily(out.back().protocol)) {
+        if (frame.repeat && !out.empty() && out.back().kind == DecodedFrame::Kind::Key &&
+            NecFamily(out.back().protocol)) {
             frame.protocol = out.back().protocol;
             frame.scancode = out.back().scancode;
         }
