@@ -1,4 +1,5 @@
-// What a receiver hands over: one received burst of IR as alternating mark and space durations.
+// What a receiver delivered: alternating mark and space durations as measured, with the carrier
+// when the device reports it. A plain value.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +7,10 @@
 
 namespace infrared {
 
-struct Capture { std::vector<std::uint32_t> durations; /* mark, space, ..., mark (us) */ std::uint32_t carrier = 0; std::uint64_t startUs = 0; };
+struct Capture {
+    std::vector<std::uint32_t> durations;  // mark, space, ..., mark (us)
+    std::uint32_t carrier = 0;             // Hz, 0: unknown
+    std::uint64_t startUs = 0;             // when the first mark began, on the receiver's clock
+};
 
 }  // namespace infrared
