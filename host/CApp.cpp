@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "CReceiveCommands.h"
 #include "CRequestParser.h"
 #ifdef IRC_HOST_WEB
 #include "CRequestGuard.h"
@@ -37,6 +38,9 @@ int CApp::Run() {
 int CApp::run() {
     sim::ResetAll();
     if (options_.verbose) echo_ = std::make_unique<CLogEcho>(err_, errIsTerminal_, options_.logLevel);
+    // Receiving needs neither the plugin nor the platform; learn's codesets file may not exist yet.
+    if (options_.command == "decode") return CReceiveCommands(options_, out_, err_).Decode();
+    if (options_.command == "learn") return CReceiveCommands(options_, out_, err_).Learn();
     std::string error;
     bool badPath = false;
     // A path that names no readable file is a mistake on the command line; a file that is not

@@ -20,6 +20,8 @@ struct Options {
     std::string catalogueFile;
     std::string codesetsFile;                  // empty: the embedded codesets
     std::string irDevice;                      // empty: journal only; "mode2:FILE" or "/dev/lircN"
+    std::string irReceiver;                    // where received IR comes from: /dev/lircN or a file
+    std::string operand;                       // the argument after a command that takes one (decode SOURCE)
     std::optional<int> year;
     std::optional<bool> mbrSupport;
     bool verbose = false;
@@ -29,6 +31,7 @@ struct Options {
     bool version = false;
     int irDelayMs = 0;
     int timeoutMs = 2000;
+    bool timeoutSet = false;                   // --timeout was given
     std::map<std::string, std::string> values;  // the subcommand's --name value pairs
     std::string error;                         // set when the command line is unusable
 };
@@ -48,6 +51,8 @@ struct CommandInfo {
     std::string summary;
     std::vector<std::pair<std::string, std::string>> options;  // name, help text
     std::string details;                                        // more text for its --help
+    std::string operand = {};                                   // "SOURCE": takes one argument
+    std::vector<std::string> flags = {};                        // options that take no value
 };
 
 class CCommandLine {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 
@@ -64,8 +65,8 @@ JsonValue KeyJson(const LearnedKey& key) {
         for (const std::uint32_t d : key.raw) raw.append(JsonValue(static_cast<long long>(d)));
         entry["raw"] = raw;
     } else {
-        char hex[16];
-        std::snprintf(hex, sizeof hex, "0x%04x", static_cast<unsigned>(key.scancode));
+        char hex[24];
+        std::snprintf(hex, sizeof hex, "0x%04" PRIx64, key.scancode);
         entry["scancode"] = JsonValue(hex);
     }
     return entry;

@@ -1,5 +1,7 @@
 #include "infrared/receive/CMode2Text.h"
 
+#include <cctype>
+
 #include "../formats/TextLines.h"
 #include "infrared/formats/CFormatError.h"
 #include "infrared/receive/CCaptureBuilder.h"
@@ -22,21 +24,28 @@ Word WordOf(const std::string& word) {
 
 std::string FirstWord(const std::string& line) { return line.substr(0, line.find_first_of(" \t")); }
 
-// The first line that is neither blank nor a comment, trimmed ("" when there is none).
-std::string FirstSampleLine(const std::string& text) {
+// irsimsend writes the name of each key it sends on a line of its own ("KEY_POWER").
+bool Label(const std::string& line) {
+    if (line.empty() || !(std::isalpha(static_cast<unsigned char>(line[0])) != 0 || line[0] == '_')) return false;
+    for (const char c : line) {
+        if (std::isalnum(static_cast<unsigned char>(c)) == 0 && c != '_' && c != '-') return false;
+    }
+    return WordOf(line) == Word::Unknown;
+}
+
+}  // namespace
+
+bool CMode2Text::Looks(const std::string& text) {
     TextLines lines(text);
     std::string line;
     std::size_t number = 0;
     while (lines.Next(line, number)) {
         line = Trim(line);
-        if (!line.empty() && line[0] != '#') return line;
+        if (line.empty() || line[0] == '#' || Label(line)) continue;
+        return WordOf(FirstWord(line)) != Word::Unknown;
     }
-    return std::string();
+    return false;
 }
-
-}  // namespace
-
-bool CMode2Text::Looks(const std::string& text) { return WordOf(FirstWord(FirstSampleLine(text))) != Word::Unknown; }
 
 std::vector<Capture> CMode2Text::Parse(const std::string& text, const std::string& name) {
     std::vector<Capture> captures;
@@ -50,7 +59,7 @@ std::vector<Capture> CMode2Text::Parse(const std::string& text, const std::strin
     while (lines.Next(line, number)) {
         line = Trim(line);
         if (line.empty()) continue;
-        if (line[0] == '#') {
+        if (line[0] == '#' || Label(line)) {
             keep(builder.End());
             continue;
         }

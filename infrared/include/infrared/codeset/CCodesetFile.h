@@ -24,7 +24,7 @@ struct LearnedKey {
     std::string name;
     int code = 0;
     Protocol protocol = Protocol::Raw;      // a scancode protocol or Raw
-    std::uint32_t scancode = 0;
+    std::uint64_t scancode = 0;
     std::vector<std::uint32_t> raw;         // Raw: pulse, space, ..., pulse (us)
     std::uint32_t carrier = 0;              // Hz as measured; 0: unknown
 };
