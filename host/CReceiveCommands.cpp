@@ -6,6 +6,7 @@
 #include "infrared/codeset/CCodesetFile.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "infrared/decode/CRawFrame.h"
+#include "infrared/encode/CKeyEncoder.h"
 #include "infrared/formats/CFormatError.h"
 #include "infrared/receive/CLircReceiver.h"
 #include "infrared/receive/OpenReceiver.h"
@@ -24,6 +25,43 @@ std::string Agreement(const DecodedFrame& a, const DecodedFrame& b) {
         return "different timings";
     }
     return "";
+}
+
+constexpr std::uint32_t kFrameGap = 20000;  // us: longer than any space inside a key frame
+
+// The frame as it arrived: glitches merged, one copy. It starts where the decoder found it when
+// what comes before is noise apart from it, else with the capture, which may hold more of the
+// frame than the decoder matched (a leading bit of a protocol it only resembles).
+std::vector<std::uint32_t> Received(const infrared::Capture& capture, const DecodedFrame& frame) {
+    std::size_t first = 0;
+    for (std::uint64_t at = capture.startUs; first < capture.durations.size() && at < frame.startUs; ++first) {
+        at += capture.durations[first];
+    }
+    first -= first % 2;  // a mark
+    if (first > 0 && capture.durations[first - 1] < kFrameGap) first = 0;
+    const std::vector<std::uint32_t> rest(capture.durations.begin() + static_cast<std::ptrdiff_t>(first),
+                                          capture.durations.end());
+    return infrared::CRawFrame::OneCopy(infrared::CRawFrame::Clean(rest));
+}
+
+// Whether sending the recognised key gives the frame that arrived. A remote close to a known
+// protocol (an extra bit, other timings) can be read as that protocol; kept as such, it would
+// send something else.
+bool Reproduces(const infrared::Capture& capture, const DecodedFrame& frame) {
+    const auto train =
+        infrared::CKeyEncoder::Encode(frame.protocol, frame.scancode, frame.toggle.value_or(false), 0, 38000, 33);
+    // Up to the first gap: copies inside one press (Sony, Sharp) and NEC repeat frames after it
+    // are not compared, an extra bit is.
+    const auto firstFrame = [](std::vector<std::uint32_t> d) {
+        for (std::size_t i = 1; i < d.size(); i += 2) {
+            if (d[i] > kFrameGap) {
+                d.resize(i);
+                break;
+            }
+        }
+        return d;
+    };
+    return infrared::CRawFrame::Similar(firstFrame(Received(capture, frame)), firstFrame(train.durations));
 }
 
 }  // namespace
@@ -130,6 +168,16 @@ std::optional<DecodedFrame> CReceiveCommands::press(int number) {
                 out_ << report.toString() << "\n" << std::flush;
             }
             say("  got " + CFrameReport::Summary(frame));
+            if (frame.kind == DecodedFrame::Kind::Key && !Reproduces(*capture, frame)) {
+                say("  " + std::string(infrared::ProtocolName(frame.protocol)) +
+                    " would not send it exactly as it came: kept as raw timings");
+                const std::uint64_t startUs = frame.startUs;
+                const std::vector<std::uint32_t> durations = Received(*capture, frame);
+                frame = DecodedFrame();
+                frame.startUs = startUs;
+                frame.durations = durations;
+                frame.carrier = capture->carrier;
+            }
             return std::move(frame);
         }
     }

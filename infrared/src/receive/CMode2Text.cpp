@@ -1,6 +1,5 @@
 #include "infrared/receive/CMode2Text.h"
 
-#include <cctype>
 
 #include "../formats/TextLines.h"
 #include "infrared/formats/CFormatError.h"
@@ -24,15 +23,6 @@ Word WordOf(const std::string& word) {
 
 std::string FirstWord(const std::string& line) { return line.substr(0, line.find_first_of(" \t")); }
 
-// irsimsend writes the name of each key it sends on a line of its own ("KEY_POWER").
-bool Label(const std::string& line) {
-    if (line.empty() || !(std::isalpha(static_cast<unsigned char>(line[0])) != 0 || line[0] == '_')) return false;
-    for (const char c : line) {
-        if (std::isalnum(static_cast<unsigned char>(c)) == 0 && c != '_' && c != '-') return false;
-    }
-    return WordOf(line) == Word::Unknown;
-}
-
 }  // namespace
 
 bool CMode2Text::Looks(const std::string& text) {
@@ -41,7 +31,7 @@ bool CMode2Text::Looks(const std::string& text) {
     std::size_t number = 0;
     while (lines.Next(line, number)) {
         line = Trim(line);
-        if (line.empty() || line[0] == '#' || Label(line)) continue;
+        if (line.empty() || line[0] == '#') continue;
         return WordOf(FirstWord(line)) != Word::Unknown;
     }
     return false;
@@ -59,7 +49,7 @@ std::vector<Capture> CMode2Text::Parse(const std::string& text, const std::strin
     while (lines.Next(line, number)) {
         line = Trim(line);
         if (line.empty()) continue;
-        if (line[0] == '#' || Label(line)) {
+        if (line[0] == '#') {
             keep(builder.End());
             continue;
         }
