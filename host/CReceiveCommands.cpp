@@ -94,8 +94,8 @@ bool CReceiveCommands::open(const std::string& source) {
 bool CReceiveCommands::load(bool shippedOnly) {
     std::string text = infrared::DefaultCodesetsText();
     std::string name = "the embedded codesets";
-    if (!shippedOnly && !options_.codesetsFile.empty()) {
-        name = options_.codesetsFile;
+    if (!shippedOnly && !options_.platform.codesetsFile.empty()) {
+        name = options_.platform.codesetsFile;
         try {
             text = infrared::ReadFormatFile(name, infrared::CCodesetFile::kMaxBytes);
         } catch (const infrared::CFormatError& error) {
@@ -189,7 +189,7 @@ std::optional<DecodedFrame> CReceiveCommands::press(int number) {
 void CReceiveCommands::written(const std::string& key) {
     if (!options_.json) return;
     JsonValue done(common::json::JsonType::kObject);
-    done["written"] = JsonValue(options_.codesetsFile);
+    done["written"] = JsonValue(options_.platform.codesetsFile);
     done["codeset"] = JsonValue(options_.values.at("codeset"));
     if (!key.empty()) {
         done["key"] = JsonValue(key);
@@ -199,7 +199,7 @@ void CReceiveCommands::written(const std::string& key) {
 }
 
 int CReceiveCommands::Learn() {
-    if (options_.codesetsFile.empty()) return fail("learn needs --codesets FILE, the file to write into", 2);
+    if (options_.platform.codesetsFile.empty()) return fail("learn needs --codesets FILE, the file to write into", 2);
     if (options_.irReceiver.empty()) return fail("learn needs --ir-receiver DEV|FILE, where the presses come from", 2);
     const auto codeset = options_.values.find("codeset");
     if (codeset == options_.values.end() || codeset->second.empty()) return fail("learn needs --codeset NAME", 2);
@@ -241,12 +241,12 @@ int CReceiveCommands::learnKey() {
         learned.raw = first->durations;
         learned.carrier = first->carrier;
         try {
-            infrared::CCodesetFile::PutKey(options_.codesetsFile, options_.values.at("codeset"), learned);
+            infrared::CCodesetFile::PutKey(options_.platform.codesetsFile, options_.values.at("codeset"), learned);
         } catch (const infrared::CCodesetFileError& error) {
             return fail(error.what(), 1);
         }
         say("Learned '" + key + "' (code " + std::to_string(learned.code) + "): " + CFrameReport::Summary(*first) +
-            ", written to codeset " + options_.values.at("codeset") + " in " + options_.codesetsFile + ".");
+            ", written to codeset " + options_.values.at("codeset") + " in " + options_.platform.codesetsFile + ".");
         written(key);
         return 0;
     }
@@ -263,13 +263,13 @@ int CReceiveCommands::learnAircon() {
     }
     const std::string json = infrared::CCodesetFile::CodesetJson(infrared::DefaultCodesetsText(), frame->codeset);
     try {
-        infrared::CCodesetFile::PutCodeset(options_.codesetsFile, json, name);
+        infrared::CCodesetFile::PutCodeset(options_.platform.codesetsFile, json, name);
     } catch (const infrared::CCodesetFileError& error) {
         return fail(error.what(), 1);
     }
     say("Learned an air conditioner of family " + frame->family + " (as codeset " + frame->codeset + "; it sent " +
         frame->state.power + " " + frame->state.mode + " " + frame->state.setpoint + " " + frame->state.fan +
-        "), written as codeset " + name + " to " + options_.codesetsFile + ".");
+        "), written as codeset " + name + " to " + options_.platform.codesetsFile + ".");
     written("");
     return 0;
 }
