@@ -128,6 +128,7 @@ const DistanceProtocol kProtocols[] = {
 constexpr double kMinScale = 0.6, kMaxScale = 1.45;  // a remote's clock, +-30 % and some
 constexpr double kBitTolerance = 0.3;                 // of a calibrated bit period
 constexpr std::size_t kMaxBits = 64;
+constexpr std::uint32_t kSilenceBefore = 2500;
 constexpr double kStretch = 250;  // us a receiver may add to marks (and take from spaces)
 
 struct Pair {
@@ -151,6 +152,8 @@ std::optional<KeyMatch> Try(const DistanceProtocol& p, const std::vector<std::ui
     const std::size_t n = d.size();
     std::size_t pos = start;
     double scale = 1;
+    // Without a header, a frame must start after silence, not inside another frame's bits.
+    if (p.headerMark == 0 && start > 0 && d[start - 1] < kSilenceBefore) return std::nullopt;
     if (p.headerMark != 0) {
         if (pos + 1 >= n) return std::nullopt;
         scale = double(d[pos] + d[pos + 1]) / (p.headerMark + p.headerSpace);

@@ -16,6 +16,7 @@ constexpr std::uint32_t kBurstGap = 50000;
 // Copies of one press closer than this fold into one frame; a new press comes later.
 constexpr std::uint64_t kFoldGap = 200000;
 constexpr std::uint32_t kRawGap = 50000;  // the silence a raw frame's Pronto code ends with
+constexpr std::size_t kMinRawMarks = 3;    // fewer marks in a burst that is no key are noise
 
 bool NecFamily(Protocol p) { return p == Protocol::Nec || p == Protocol::NecX || p == Protocol::Nec32; }
 
@@ -25,6 +26,18 @@ std::optional<KeyMatch> FirstKey(const std::vector<std::uint32_t>& durations) {
         if (auto match = CKeyDecoder::DecodeAt(durations, i, 0, std::nullopt)) return match;
     }
     return std::nullopt;
+}
+
+// NEC and Pioneer frames differ by 6 % in timing, less than a remote's clock may be off, but a
+// Pioneer press sends two frames (its key twice, or a prefix and the key) with a gap of under
+// half a frame, while an NEC remote repeats 108 ms after a frame's start (a gap of 0.59 frames;
+// with both complements every NEC frame is as long).
+bool PioneerPair(const std::vector<DecodedFrame>& out, std::size_t burstStart, const DecodedFrame& frame,
+                 std::uint32_t gapBefore) {
+    if (frame.protocol != Protocol::Nec || frame.repeat || out.size() <= burstStart) return false;
+    const DecodedFrame& last = out.back();
+    if ((last.protocol != Protocol::Nec && last.protocol != Protocol::Pioneer) || last.repeat) return false;
+    return gapBefore < last.durationUs / 2;
 }
 
 bool SameKey(const DecodedFrame& a, const DecodedFrame& b) {
@@ -136,11 +149,15 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
             frame.protocol = out.back().protocol;
             frame.scancode = out.back().scancode;
         }
+        if (PioneerPair(out, before, frame, d[i - 1])) {
+            out.back().protocol = frame.protocol = Protocol::Pioneer;
+        }
         out.push_back(std::move(frame));
         previous = match->protocol;
         i = match->end + 2;
     }
     if (out.size() > before) return;
+    if ((last - first) / 2 + 1 < kMinRawMarks) return;  // a stray pulse or two: noise
     DecodedFrame raw;
     raw.startUs = capture.startUs + at[first];
     raw.durations = CRawFrame::OneCopy(burst);
