@@ -9,6 +9,7 @@
 #include <random>
 #include <sstream>
 
+#include "AcVectors.h"
 #include "SharedVectors.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "infrared/encode/CKeyEncoder.h"
@@ -355,6 +356,63 @@ TEST(CFrameDecoderVectorsTest, FlipperTestVectorsDecodeAsStated) {
         if (!problems.str().empty() && ++wrong <= 8) ADD_FAILURE() << source << ":" << problems.str();
     }
     EXPECT_EQ(wrong, 0) << wrong << " of " << checked << " captures";
+}
+
+// Every shipped air conditioner's frame, sections and copies included, is one frame named by its
+// codeset (and only by its own), also when a key press follows.
+TEST(CFrameDecoderTest, AirConditionerFramesAreWholeAndNamed) {
+    const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
+    const CFrameDecoder decoder(library);
+    int families = 0;
+    for (const Codeset& codeset : library->Codesets()) {
+        if (codeset.protocol != Protocol::Aircon) continue;
+        const AcFrameFormat& f = codeset.frame;
+        const AcState state{"on", f.mode.values.front().first, std::to_string(static_cast<int>(f.setpoint.max)),
+                            f.fan.values.front().first};
+        const auto bytes = CAcFrameEncoder::BuildFrame(f, state);
+        Capture capture;
+        capture.durations = CAcFrameEncoder::Encode(f, bytes, codeset.carrier, codeset.dutyCycle).durations;
+        Append(capture.durations, Key(Protocol::Nec, 0x0408), 200000);
+        const auto frames = decoder.Decode(capture);
+        SCOPED_TRACE(codeset.name + " " + codeset.family + Describe(frames));
+        ASSERT_EQ(frames.size(), 2u);
+        EXPECT_EQ(frames[0].kind, Kind::Aircon);
+        EXPECT_EQ(frames[0].codeset, codeset.name);
+        EXPECT_EQ(frames[0].family, codeset.family);
+        EXPECT_EQ(frames[0].bytes, bytes);
+        EXPECT_EQ(frames[0].state.power, "on");
+        EXPECT_EQ(frames[1].protocol, Protocol::Nec);
+        ++families;
+    }
+    EXPECT_GT(families, 10);
+}
+
+// The published air-conditioner captures of shipped families are found among all codesets.
+TEST(CFrameDecoderVectorsTest, PublishedAirConditionerCapturesNameTheirFamily) {
+    const auto captures = irtest::SharedIr("vectors/captures.json");
+    if (captures.isNull()) GTEST_SKIP() << "no " << irtest::SharedIrDir() << "/vectors/captures.json: AC captures not checked";
+    const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
+    const CFrameDecoder decoder(library);
+    int checked = 0;
+    const auto& list = captures["captures"];
+    for (unsigned i = 0; i < list.size(); ++i) {
+        const Codeset* codeset = irtest::ShippedFamily(list[i]["protocol"].asString());
+        if (codeset == nullptr) continue;
+        const auto expected = irtest::RecordBytes(list[i]["expected"], codeset->frame.bytes.size());
+        if (expected.empty() || !irtest::SameModel(codeset->frame, expected)) continue;
+        Capture capture;
+        for (unsigned k = 0; k < list[i]["durations"].size(); ++k) {
+            capture.durations.push_back(static_cast<std::uint32_t>(list[i]["durations"][k].asInt64()));
+        }
+        const auto frames = decoder.Decode(capture);
+        SCOPED_TRACE(codeset->family + " " + list[i]["source"].asString() + Describe(frames));
+        ASSERT_FALSE(frames.empty());
+        EXPECT_EQ(frames[0].kind, Kind::Aircon);
+        EXPECT_EQ(frames[0].family, codeset->family);
+        EXPECT_EQ(frames[0].bytes, expected);
+        ++checked;
+    }
+    EXPECT_GT(checked, 15);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "infrared/decode/CAcFrameDecoder.h"
 #include "infrared/decode/CKeyDecoder.h"
 #include "infrared/decode/CRawFrame.h"
 #include "infrared/encode/CKeyEncoder.h"
@@ -168,11 +169,23 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
     out.push_back(std::move(raw));
 }
 
-// INTEGRATION: the air-conditioner decoder (branch aircon, CAcFrameDecoder::Decode) is called
-// here, once for every codeset with protocol aircon, on the whole burst; the first match wins.
-// Until it is merged no burst is recognised as an air conditioner's.
+// Every air-conditioner codeset is tried on the whole burst (a frame of several sections must
+// not be cut apart); the first that fits, in file order, names it.
 std::optional<DecodedFrame> CFrameDecoder::decode_aircon(const std::vector<std::uint32_t>& burst) const {
-    (void)burst;
+    if (!codesets_) return std::nullopt;
+    for (const Codeset& codeset : codesets_->Codesets()) {
+        if (codeset.protocol != Protocol::Aircon) continue;
+        auto decoded = CAcFrameDecoder::Decode(codeset, burst);
+        if (!decoded) continue;
+        DecodedFrame frame;
+        frame.kind = DecodedFrame::Kind::Aircon;
+        frame.protocol = Protocol::Aircon;
+        frame.codeset = codeset.name;
+        frame.family = codeset.family;
+        frame.state = std::move(decoded->state);
+        frame.bytes = std::move(decoded->bytes);
+        return frame;
+    }
     return std::nullopt;
 }
 
