@@ -44,7 +44,7 @@ TEST(CAcFrameDecoderTest, EveryStateOfEveryFamilyReadsBackAfterSending) {
     for (const Codeset* codeset : families) {
         const AcFrameFormat& f = codeset->frame;
         int states = 0;
-        for (const auto& [power, ignoredP] : f.power.values) {
+        for (const std::string& power : PowerWords(f)) {
             for (const auto& [mode, ignoredM] : f.mode.values) {
                 for (const auto& [fan, ignoredF] : f.fan.values) {
                     for (int degrees = static_cast<int>(std::ceil(f.setpoint.min)); degrees <= f.setpoint.max; ++degrees) {
@@ -66,6 +66,25 @@ TEST(CAcFrameDecoderTest, EveryStateOfEveryFamilyReadsBackAfterSending) {
         }
         EXPECT_GT(states, 0) << codeset->family;
     }
+}
+
+// Families with a half-degree bit: the bit and the whole degrees both come back.
+TEST(CAcFrameDecoderTest, HalfDegreesReadBackWhereTheFamilyHasThem) {
+    int families = 0;
+    for (const Codeset* codeset : Families()) {
+        if (!codeset->frame.setpoint.half) continue;
+        ++families;
+        for (const char* degrees : {"16.5", "20", "22.5", "30.5"}) {
+            SCOPED_TRACE(codeset->family + " " + degrees);
+            const AcState sent{"on", "cool", degrees, "auto"};
+            const Bytes bytes = CAcFrameEncoder::BuildFrame(codeset->frame, sent);
+            const auto train = CAcFrameEncoder::Encode(codeset->frame, bytes, codeset->carrier, codeset->dutyCycle);
+            const auto got = CAcFrameDecoder::Decode(*codeset, train.durations);
+            ASSERT_TRUE(got.has_value());
+            EXPECT_EQ(got->state.setpoint, degrees);
+        }
+    }
+    EXPECT_EQ(families, 2);  // MITSUBISHI_AC and TCL112AC
 }
 
 // A frame of one family is not taken for another's, and damaged frames are refused.

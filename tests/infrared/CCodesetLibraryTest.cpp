@@ -43,6 +43,7 @@ TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheTool
         {"HFAN0001", R"({"power":10,"speed_up":11,"speed_down":12,"swing":13,"timer":14,"mode":76})"},
         {"HRBC0004", R"({"power":10,"home":28,"start":39})"},
         {"ZAC00005", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[16,31]})"},
+        {"ZAC00018", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[18,32],"power":["on","toggle"]})"},
         {"ZAC00008", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[17,30]})"},
     };
     for (const auto& c : cases) {
@@ -113,6 +114,9 @@ TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
         {Ac(R"(,"checksum":{"rule":"crc","byte":2,"from":0,"to":1})"), "checksum.rule: 'crc' is not sum, byte_sum, nibble_sum or xor"},
         {Ac(R"(,"checksum":{"rule":"xor","byte":3,"from":0,"to":1})"), "checksum.byte: is outside the frame's bytes"},
         {Ac(R"(,"checksum":{"rule":"xor","byte":2,"from":1,"to":0})"), "from..to must lie within the frame"},
+        {Ac(R"(,"checksum":{"rule":"sum","byte":2,"ranges":[{"from":0,"to":1,"of":"bits"}]})"), "checksum.ranges[0].of: 'bits' is not"},
+        {Ac(R"(,"checksum":[{"rule":"sum","byte":2,"from":0,"to":1},{"rule":"sum","byte":2,"ranges":[7]}])"), "checksum[1].ranges[0]: must be an object"},
+        {Ac(R"(,"checksum":{"rule":"sum","byte":2,"from":0,"to":1,"negate":1})"), "checksum.negate: must be true or false"},
     };
     for (const auto& c : cases) {
         const std::string refusal = Refusal(c.text);
@@ -135,6 +139,27 @@ TEST(CCodesetLibraryTest, RefusesFrameFieldsThatDoNotFitTheirSlot) {
         {R"("bytes":[1,2,3])", R"("bytes":[])", "frame.bytes: must be a non-empty array"},
         {R"("bytes":[1,2,3])", R"("bytes":[1,2,256])", "frame.bytes[2]: 256 is larger than 255"},
         {R"("byte":1,"offset")", R"("byte":9,"offset")", "frame.setpoint.byte: is outside the frame's bytes"},
+        {R"("offset":16,"min":16,"max":30)", R"("table":{"16":"0x100"})", "frame.setpoint.table.16: 256 is larger than 255"},
+        {R"("offset":16,"min":16,"max":30)", R"("table":{"warm":1})", "frame.setpoint.table.warm: is not a number of degrees"},
+        // Sections must send every byte plainly once, inside the frame.
+        {R"("frame":{)", R"("sections":[{"from":0,"to":1}],"frame":{)", "sections: do not send every byte of the frame's bytes"},
+        {R"("frame":{)", R"("sections":[{"from":0,"to":3}],"frame":{)", "sections[0]: lies outside the frame's bytes"},
+        {R"("frame":{)", R"("sections":[{"from":0},{"from":0,"invert":"odd"}],"frame":{)", "sections[1].invert: must be"},
+        {R"("frame":{)", R"("sections":[{"from":0,"invert":"whole"}],"frame":{)", "do not send every byte"},
+        {R"("frame":{)", R"("sections":[{"bits":"0120"},{"from":0}],"frame":{)", "sections[0].bits: must be 1 to 64"},
+        {R"("frame":{)", R"("sections":[{"from":0,"header":[1]}],"frame":{)", "sections[0].header: must be [mark, space]"},
+        {R"("frame":{)", R"("sections":["all"],"frame":{)", "sections[0]: must be an object"},
+        {R"("frame":{)", R"("sections":[],"frame":{)", "sections: must be a non-empty array"},
+        // Per-mode bits, fixed bits, the off frame and checksum ranges name their member.
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"heat":{}},)", "frame.per_mode.heat: is not one of the frame's modes"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"cool":{"ignores":["power"]}},)", "frame.per_mode.cool.ignores[0]: must be"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"cool":{"set":[{"byte":2,"mask":"0x0f","value":"0x10"}]}},)",
+         "frame.per_mode.cool.set[0].value: has bits outside the slot's mask"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"cool":{"set":[5]}},)", "frame.per_mode.cool.set[0]: must be an object"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"fixed":[0,3],)", "frame.fixed[1]: is outside the frame's bytes"},
+        {R"("power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}})", R"("power":{"off_frame":[]})", "frame.power.off_frame: must be a non-empty array"},
+        {R"("frame":{"bytes":[1,2,3],"power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}})",
+         R"("sections":[{"from":0,"to":2}],"frame":{"bytes":[1,2,3],"power":{"off_frame":[1,2]})", "sections[0]: lies outside the off frame"},
     };
     for (const auto& c : cases) {
         std::string text = Ac("");

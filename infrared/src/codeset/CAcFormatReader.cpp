@@ -105,6 +105,7 @@ SetpointField Setpoint(const JsonValue& frame, const std::string& fw, std::size_
     const JsonValue& field = Object(frame, "setpoint", fw);
     SetpointField out;
     out.slot = Slot(field, where, frameSize);
+    if (!field["half"].isNull()) out.half = Slot(field["half"], where + ".half", frameSize);
     if (!field["table"].isNull()) {
         SetpointTable(field["table"], where + ".table", out);
         return out;

@@ -152,7 +152,18 @@ std::string CCodesetLibrary::KeyMapText(const Codeset& codeset) {
     words(codeset.frame.mode);
     out << ",\"fan\":";
     words(codeset.frame.fan);
-    out << ",\"setpoint\":[" << codeset.frame.setpoint.min << ',' << codeset.frame.setpoint.max << "]}";
+    out << ",\"setpoint\":[" << codeset.frame.setpoint.min << ',' << codeset.frame.setpoint.max << ']';
+    // Named only where it is not plain on/off (a unit that only knows a power toggle).
+    const std::vector<std::string> power = PowerWords(codeset.frame);
+    if (power != std::vector<std::string>{"on", "off"}) {
+        out << ",\"power\":[";
+        for (std::size_t i = 0; i < power.size(); ++i) {
+            if (i > 0) out << ',';
+            quoted(power[i]);
+        }
+        out << ']';
+    }
+    out << '}';
     return out.str();
 }
 

@@ -152,6 +152,7 @@ std::string Degrees(const SetpointField& sp, const std::vector<std::uint8_t>& by
     } else {
         degrees = sp.offset + static_cast<double>(code >> sp.shift) / sp.scale;
     }
+    if (sp.half && (bytes[sp.half->byte] & sp.half->mask) == sp.half->mask) degrees += 0.5;
     if (degrees < sp.min - 1e-6 || degrees > sp.max + 1e-6) return "";
     char text[32];
     if (std::fabs(degrees - std::round(degrees)) < 1e-6) {

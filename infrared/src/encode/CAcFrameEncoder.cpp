@@ -31,7 +31,7 @@ void PutWord(std::vector<std::uint8_t>& bytes, const EnumField& field, const std
     for (std::size_t i = 0; i < field.slots.size(); ++i) Put(bytes, field.slots[i], value->second[i]);
 }
 
-std::uint8_t SetpointCode(const SetpointField& sp, const std::string& text) {
+double Degrees(const SetpointField& sp, const std::string& text) {
     char* end = nullptr;
     const double degrees = std::strtod(text.c_str(), &end);
     if (text.empty() || end == nullptr || *end != '\0' || !std::isfinite(degrees)) {
@@ -40,17 +40,28 @@ std::uint8_t SetpointCode(const SetpointField& sp, const std::string& text) {
     if (degrees < sp.min || degrees > sp.max) {
         throw std::invalid_argument("set point " + text + " is outside this codeset's range");
     }
+    return degrees;
+}
+
+// Writes the set point's code (and its half-degree bits, if the field has them).
+void PutSetpoint(std::vector<std::uint8_t>& bytes, const SetpointField& sp, const std::string& text) {
+    double degrees = Degrees(sp, text);
+    if (sp.half) {
+        const bool half = std::fabs(degrees - std::floor(degrees) - 0.5) < 1e-6;
+        Put(bytes, *sp.half, half ? sp.half->mask : 0);
+        if (half) degrees = std::floor(degrees);
+    }
+    const std::runtime_error finer("set point " + text + " is finer than this codeset's step");
     if (!sp.table.empty()) {
-        for (const auto& [tableDegrees, code] : sp.table) {
-            if (std::fabs(tableDegrees - degrees) < 1e-6) return code;
-        }
-        throw std::invalid_argument("set point " + text + " is finer than this codeset's step");
+        const auto found = std::find_if(sp.table.begin(), sp.table.end(),
+                                        [&](const auto& entry) { return std::fabs(entry.first - degrees) < 1e-6; });
+        if (found == sp.table.end()) throw std::invalid_argument(finer.what());
+        Put(bytes, sp.slot, found->second);
+        return;
     }
     const double scaled = (degrees - sp.offset) * sp.scale;
-    if (std::fabs(scaled - std::round(scaled)) > 1e-6) {
-        throw std::invalid_argument("set point " + text + " is finer than this codeset's step");
-    }
-    return static_cast<std::uint8_t>(static_cast<std::uint32_t>(std::lround(scaled)) << sp.shift);
+    if (std::fabs(scaled - std::round(scaled)) > 1e-6) throw std::invalid_argument(finer.what());
+    Put(bytes, sp.slot, static_cast<std::uint8_t>(static_cast<std::uint32_t>(std::lround(scaled)) << sp.shift));
 }
 
 // Power "on" need not be listed: where only "off" is a code (a mode value meaning off), "on"
@@ -94,7 +105,7 @@ std::vector<std::uint8_t> CAcFrameEncoder::BuildFrame(const AcFrameFormat& forma
     std::vector<std::uint8_t> bytes = format.bytes;
     PutWord(bytes, format.mode, state.mode, "mode");
     PutWord(bytes, format.fan, state.fan, "fan speed");
-    Put(bytes, format.setpoint.slot, SetpointCode(format.setpoint, state.setpoint));
+    PutSetpoint(bytes, format.setpoint, state.setpoint);
     for (const ModeRule& rule : format.modeRules) {
         if (rule.mode != state.mode) continue;
         for (const SlotValue& set : rule.set) Put(bytes, set.slot, set.value);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,7 +56,7 @@ struct EnumField {
 
 // The set point: bits = round((degrees - offset) * scale) << shift within the slot's mask
 // (scale may be negative for a field that counts down), or, when `table` is given, the code
-// listed for each whole degree.
+// listed for each whole degree; `half` adds half a degree to either.
 struct SetpointField {
     FrameSlot slot;
     std::uint32_t shift = 0;
@@ -64,6 +65,7 @@ struct SetpointField {
     double min = 0;
     double max = 0;
     std::vector<std::pair<double, std::uint8_t>> table;  // degrees, code in place
+    std::optional<FrameSlot> half;                        // bits set for an extra half degree
 };
 
 // What a mode changes beyond its own field: bits written after every other field, and the
@@ -140,6 +142,10 @@ struct AcFrameFormat {
     std::vector<Checksum> checksums;     // applied in order
     std::vector<FrameSlot> fixed;        // bits a frame of this family always has as in `bytes`
 };
+
+// The power words a frame takes: its field's, "off" when an off frame stands for it, and "on"
+// when only "off" is a code.
+std::vector<std::string> PowerWords(const AcFrameFormat& frame);
 
 struct Codeset {
     std::string name;
