@@ -34,7 +34,7 @@ std::string Ac(const std::string& checksum) {
 
 TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheToolsShow) {
     const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
-    ASSERT_EQ(library->Codesets().size(), 5u);
+    ASSERT_EQ(library->Codesets().size(), 21u);
     for (const auto& codeset : library->Codesets()) EXPECT_GT(codeset.source.size(), 40u) << codeset.name;
     struct Case {
         const char* codeset;
@@ -42,7 +42,9 @@ TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheTool
     } cases[] = {
         {"HFAN0001", R"({"power":10,"speed_up":11,"speed_down":12,"swing":13,"timer":14,"mode":76})"},
         {"HRBC0004", R"({"power":10,"home":28,"start":39})"},
-        {"ZAC00005", R"({"modes":["auto","cool","dry","heat"],"fan":["low","medium","high","auto"],"setpoint":[16,31]})"},
+        {"ZAC00005", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[16,31]})"},
+        {"ZAC00018", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[18,32],"power":["on","toggle"]})"},
+        {"ZAC00008", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[17,30]})"},
     };
     for (const auto& c : cases) {
         const Codeset* codeset = library->Find(c.codeset);
@@ -66,6 +68,20 @@ TEST(CCodesetLibraryTest, NumbersMayBeHexTextOrJsonIntegers) {
     EXPECT_EQ(k.keys[1].scancode, 255u);
 }
 
+// The layouts wider than 32 bits keep every bit, and each protocol gets its own carrier.
+TEST(CCodesetLibraryTest, WideScancodesAndProtocolCarriers) {
+    const auto library = CCodesetLibrary::Parse(R"({"codesets":[
+        {"name":"K","protocol":"kaseikyo","keys":{"a":{"code":1,"scancode":"0x3ffffff03ff"}}},
+        {"name":"N","protocol":"nec42","keys":{"a":{"code":1,"scancode":"0x3ffffffffff"}}},
+        {"name":"P","protocol":"pioneer","keys":{"a":{"code":1,"scancode":"0xaf36"}}},
+        {"name":"X","protocol":"rc5x","keys":{"a":{"code":1,"scancode":"0x1350"}}}]})");
+    EXPECT_EQ(library->Find("K")->keys[0].scancode, 0x3ffffff03ffULL);
+    EXPECT_EQ(library->Find("N")->keys[0].scancode, 0x3ffffffffffULL);
+    EXPECT_EQ(library->Find("K")->carrier, 38000u);
+    EXPECT_EQ(library->Find("P")->carrier, 40000u);
+    EXPECT_EQ(library->Find("X")->carrier, 36000u);
+}
+
 TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
     struct Case {
         std::string text;
@@ -80,6 +96,9 @@ TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1}}})"), "codesets[0].keys.a.scancode: must be a number"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1,"scancode":"0x10000"}}})"), "keys.a.scancode: does not fit nec"},
         {One(R"({"name":"X","protocol":"rc5","keys":{"a":{"code":1,"scancode":"0x2000"}}})"), "does not fit rc5"},
+        {One(R"({"name":"X","protocol":"rca","keys":{"a":{"code":1,"scancode":"0x1054"}}})"), "does not fit rca (bits 0xfff)"},
+        {One(R"({"name":"X","protocol":"kaseikyo","keys":{"a":{"code":1,"scancode":"0x325441041b"}}})"), "does not fit kaseikyo"},
+        {One(R"({"name":"X","protocol":"nec42","keys":{"a":{"code":1,"scancode":"0x40000000000"}}})"), "does not fit nec42"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":-1,"scancode":1}}})"), "keys.a.code: must not be negative"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1,"scancode":"12x"}}})"), "'12x' is not a number"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1,"scancode":1},"b":{"code":1,"scancode":2}}})"), "keys.b.code: is used by another key"},
@@ -92,10 +111,12 @@ TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
          "codesets[1].name: 'X' is defined twice"},
         {Ac(""), "(accepted)"},
         {One(R"({"name":"A","protocol":"aircon"})"), "codesets[0].timing: must be an object"},
-        {Ac(R"(,"checksum":{"rule":"crc","byte":2,"from":0,"to":1})"), "checksum.rule: 'crc' is not byte_sum, nibble_sum or xor"},
-        {Ac(R"(,"checksum":{"rule":"xor","byte":2,"from":0,"to":2})"), "checksum: must not cover its own byte"},
+        {Ac(R"(,"checksum":{"rule":"crc","byte":2,"from":0,"to":1})"), "checksum.rule: 'crc' is not sum, byte_sum, nibble_sum or xor"},
         {Ac(R"(,"checksum":{"rule":"xor","byte":3,"from":0,"to":1})"), "checksum.byte: is outside the frame's bytes"},
         {Ac(R"(,"checksum":{"rule":"xor","byte":2,"from":1,"to":0})"), "from..to must lie within the frame"},
+        {Ac(R"(,"checksum":{"rule":"sum","byte":2,"ranges":[{"from":0,"to":1,"of":"bits"}]})"), "checksum.ranges[0].of: 'bits' is not"},
+        {Ac(R"(,"checksum":[{"rule":"sum","byte":2,"from":0,"to":1},{"rule":"sum","byte":2,"ranges":[7]}])"), "checksum[1].ranges[0]: must be an object"},
+        {Ac(R"(,"checksum":{"rule":"sum","byte":2,"from":0,"to":1,"negate":1})"), "checksum.negate: must be true or false"},
     };
     for (const auto& c : cases) {
         const std::string refusal = Refusal(c.text);
@@ -115,9 +136,30 @@ TEST(CCodesetLibraryTest, RefusesFrameFieldsThatDoNotFitTheirSlot) {
         {R"("max":30)", R"("max":300)", "frame.setpoint: the range does not fit the slot"},
         {R"("max":30)", R"("max":10)", "frame.setpoint: min is above max"},
         {R"("trailer":500,)", "", "timing.trailer: is required"},
-        {R"("bytes":[1,2,3])", R"("bytes":[])", "frame.bytes: must be an array of 1 to 64 bytes"},
+        {R"("bytes":[1,2,3])", R"("bytes":[])", "frame.bytes: must be a non-empty array"},
         {R"("bytes":[1,2,3])", R"("bytes":[1,2,256])", "frame.bytes[2]: 256 is larger than 255"},
         {R"("byte":1,"offset")", R"("byte":9,"offset")", "frame.setpoint.byte: is outside the frame's bytes"},
+        {R"("offset":16,"min":16,"max":30)", R"("table":{"16":"0x100"})", "frame.setpoint.table.16: 256 is larger than 255"},
+        {R"("offset":16,"min":16,"max":30)", R"("table":{"warm":1})", "frame.setpoint.table.warm: is not a number of degrees"},
+        // Sections must send every byte plainly once, inside the frame.
+        {R"("frame":{)", R"("sections":[{"from":0,"to":1}],"frame":{)", "sections: do not send every byte of the frame's bytes"},
+        {R"("frame":{)", R"("sections":[{"from":0,"to":3}],"frame":{)", "sections[0]: lies outside the frame's bytes"},
+        {R"("frame":{)", R"("sections":[{"from":0},{"from":0,"invert":"odd"}],"frame":{)", "sections[1].invert: must be"},
+        {R"("frame":{)", R"("sections":[{"from":0,"invert":"whole"}],"frame":{)", "do not send every byte"},
+        {R"("frame":{)", R"("sections":[{"bits":"0120"},{"from":0}],"frame":{)", "sections[0].bits: must be 1 to 64"},
+        {R"("frame":{)", R"("sections":[{"from":0,"header":[1]}],"frame":{)", "sections[0].header: must be [mark, space]"},
+        {R"("frame":{)", R"("sections":["all"],"frame":{)", "sections[0]: must be an object"},
+        {R"("frame":{)", R"("sections":[],"frame":{)", "sections: must be a non-empty array"},
+        // Per-mode bits, fixed bits, the off frame and checksum ranges name their member.
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"heat":{}},)", "frame.per_mode.heat: is not one of the frame's modes"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"cool":{"ignores":["power"]}},)", "frame.per_mode.cool.ignores[0]: must be"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"cool":{"set":[{"byte":2,"mask":"0x0f","value":"0x10"}]}},)",
+         "frame.per_mode.cool.set[0].value: has bits outside the slot's mask"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"cool":{"set":[5]}},)", "frame.per_mode.cool.set[0]: must be an object"},
+        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"fixed":[0,3],)", "frame.fixed[1]: is outside the frame's bytes"},
+        {R"("power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}})", R"("power":{"off_frame":[]})", "frame.power.off_frame: must be a non-empty array"},
+        {R"("frame":{"bytes":[1,2,3],"power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}})",
+         R"("sections":[{"from":0,"to":2}],"frame":{"bytes":[1,2,3],"power":{"off_frame":[1,2]})", "sections[0]: lies outside the off frame"},
     };
     for (const auto& c : cases) {
         std::string text = Ac("");

@@ -60,7 +60,9 @@ struct Distortion {
 std::vector<std::uint32_t> Distort(const std::vector<std::uint32_t>& clean, const Distortion& how, std::mt19937& rng) {
     std::vector<std::uint32_t> out;
     if (how.noise) {
-        std::uniform_int_distribution<int> count(1, 3), mark(30, 400), space(300, 30000);
+        // Noise comes after silence and leaves some before the frame (2.5 ms: a receiver's
+        // automatic gain settles well within it); nearer noise would be part of the frame.
+        std::uniform_int_distribution<int> count(1, 3), mark(30, 400), space(2500, 30000);
         for (int i = count(rng); i > 0; --i) {
             out.push_back(static_cast<std::uint32_t>(mark(rng)));
             out.push_back(static_cast<std::uint32_t>(space(rng)));

@@ -1,22 +1,15 @@
 #include "SharedVectors.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
-#include "JsonValue.h"
+#include "AcVectors.h"
 
 namespace irtest {
 namespace {
 
-using common::json::JsonValue;
 
 std::optional<JsonValue> ReadJson(const std::string& name) {
-    std::ifstream in(SharedIrDir() + "/" + name);
-    if (!in) return std::nullopt;
-    std::ostringstream text;
-    text << in.rdbuf();
-    JsonValue value = JsonValue::Create(text.str());
+    JsonValue value = SharedIr(name);
     if (value.isNull()) return std::nullopt;
     return value;
 }

@@ -1,5 +1,5 @@
-// Test helper: the public IR reference data beside the repository (../shared/ir), read at run
-// time and never copied into the project. Each reader gives nothing when the data is absent.
+// Test helper: the key-protocol vectors of the public IR reference data beside the repository
+// (../shared/ir, read through AcVectors.h's SharedIr). Each reader gives nothing when absent.
 #pragma once
 
 #include <cstdint>

@@ -17,7 +17,7 @@ from webhost import WebHost
 CATALOGUE = {
     "HFAN0001": {"power": 10, "speed_up": 11, "turbo": 15},
     "HRBC0004": {"power": 10, "home": 28, "start": 39},
-    "ZAC00005": {"modes": ["auto", "cool"]},
+    "ZAC00005": {"modes": ["auto", "cool", "heat"], "fan": ["low", "high"], "setpoint": [18, 26]},
 }
 
 
@@ -80,6 +80,13 @@ class BrowserTest(unittest.TestCase):
 
     def test_air_conditioner_state_change(self):
         card = self.page.remote("ZAC00005")
+        # The remote offers what the paired codeset's key map reports, and nothing else.
+        offered = lambda name: [o.get_attribute("value") for o in Select(card.find_element(By.NAME, name)).options]
+        self.assertEqual(offered("mode"), ["AUTO", "COLD", "HEAT"])
+        self.assertEqual(offered("fan"), ["LOW", "HIGH"])
+        self.assertEqual(offered("power"), ["ON", "OFF"])
+        self.assertEqual(card.find_element(By.NAME, "setpoint").get_attribute("min"), "18")
+        self.assertEqual(card.find_element(By.NAME, "setpoint").get_attribute("max"), "26")
         Select(card.find_element(By.NAME, "power")).select_by_value("ON")
         Select(card.find_element(By.NAME, "mode")).select_by_value("HEAT")
         Select(card.find_element(By.NAME, "fan")).select_by_value("HIGH")

@@ -84,12 +84,34 @@ function select(name, words, value) {
   return box;
 }
 
+// The paired codeset's key map says what the unit can do, in the IR library's words:
+// {"modes":[...],"fan":[...],"setpoint":[min,max]} (and "power" where it is not on/off).
+const LIBRARY_WORD = { ON: 'on', OFF: 'off', AUTO: 'auto', COLD: 'cool', DEHUMI: 'dry', VENT: 'fan', HEAT: 'heat',
+  LOW: 'low', MEDIUM: 'medium', HIGH: 'high' };
+
+function acKeyMap(device) {
+  try {
+    const map = JSON.parse(device.keyMap || '{}');
+    return map && typeof map === 'object' ? map : {};
+  } catch (e) {
+    return {};
+  }
+}
+
+function offered(words, reported) {
+  return Array.isArray(reported) ? words.filter((word) => reported.includes(LIBRARY_WORD[word])) : words;
+}
+
 function acRemote(device, card, output) {
   const form = el('form', { class: 'ac' });
-  const power = select('power', device.ac.power, 'ON');
-  const mode = select('mode', device.ac.mode, 'COLD');
-  const fan = select('fan', device.ac.fan, 'AUTO');
-  const setpoint = el('input', { name: 'setpoint', type: 'number', value: '24', min: '-100', max: '100', step: '1' });
+  const map = acKeyMap(device);
+  const power = select('power', offered(device.ac.power, map.power), 'ON');
+  const mode = select('mode', offered(device.ac.mode, map.modes), 'COLD');
+  const fan = select('fan', offered(device.ac.fan, map.fan), 'AUTO');
+  const range = Array.isArray(map.setpoint) && map.setpoint.length === 2 ? map.setpoint.map(Number) : [-100, 100];
+  const start = String(Math.min(Math.max(24, range[0]), range[1]));
+  const setpoint = el('input', { name: 'setpoint', type: 'number', value: start, min: String(range[0]),
+    max: String(range[1]), step: '1' });
   form.append(el('div', { class: 'row' },
     el('label', {}, 'Power', power), el('label', {}, 'Mode', mode),
     el('label', {}, 'Set point', setpoint), el('label', {}, 'Fan', fan)));

@@ -1,5 +1,7 @@
 #include "infrared/codeset/Codeset.h"
 
+#include <algorithm>
+
 namespace infrared {
 namespace {
 
@@ -54,6 +56,15 @@ bool HasScancode(Protocol protocol) {
         if (word.protocol == protocol) return word.scancode;
     }
     return false;
+}
+
+std::vector<std::string> PowerWords(const AcFrameFormat& frame) {
+    std::vector<std::string> words;
+    for (const auto& value : frame.power.values) words.push_back(value.first);
+    auto has = [&](const char* word) { return std::find(words.begin(), words.end(), word) != words.end(); };
+    if (!frame.offFrame.empty() && !has("off")) words.emplace_back("off");
+    if (has("off") && !has("on")) words.insert(words.begin(), "on");
+    return words;
 }
 
 const CodesetKey* Codeset::FindKey(int code) const {

@@ -8,6 +8,7 @@ namespace {
 
 constexpr double kFrameEndSpace = 4000;  // longer than any space inside an RC-5 or RC-6 frame
 constexpr std::size_t kMaxDurations = 64;
+constexpr std::uint32_t kSilenceBefore = 2500;
 constexpr double kRc5Half = 889, kRc6Unit = 444;
 
 // The frame as a run of equal time units, each carrier on (true) or off.
@@ -127,6 +128,9 @@ bool Near(double unit, double nominal) { return unit > nominal * 0.6 && unit < n
 
 std::optional<KeyMatch> CBiphaseDecoder::DecodeAt(const std::vector<std::uint32_t>& durations, std::size_t start) {
     if (start % 2 != 0 || start >= durations.size()) return std::nullopt;
+    // A frame starts after silence: inside a run of even pulses (another protocol's bits) RC-5's
+    // all-ones pattern would otherwise be found everywhere.
+    if (start > 0 && durations[start - 1] < kSilenceBefore) return std::nullopt;
     std::size_t end = start;
     while (end + 2 < durations.size() && durations[end + 1] <= kFrameEndSpace) {
         end += 2;

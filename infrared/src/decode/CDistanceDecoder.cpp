@@ -1,6 +1,7 @@
 #include "infrared/decode/CDistanceDecoder.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace infrared {
@@ -128,6 +129,7 @@ const DistanceProtocol kProtocols[] = {
 constexpr double kMinScale = 0.6, kMaxScale = 1.45;  // a remote's clock, +-30 % and some
 constexpr double kBitTolerance = 0.3;                 // of a calibrated bit period
 constexpr std::size_t kMaxBits = 64;
+constexpr std::uint32_t kSilenceBefore = 2500;
 constexpr double kStretch = 250;  // us a receiver may add to marks (and take from spaces)
 
 struct Pair {
@@ -147,81 +149,109 @@ bool Classify(const DistanceProtocol& p, double period, double scale, bool& bit,
 
 bool CountAccepted(const DistanceProtocol& p, unsigned count) { return count == p.counts[0] || count == p.counts[1]; }
 
-std::optional<KeyMatch> Try(const DistanceProtocol& p, const std::vector<std::uint32_t>& d, std::size_t start) {
-    const std::size_t n = d.size();
-    std::size_t pos = start;
-    double scale = 1;
-    if (p.headerMark != 0) {
-        if (pos + 1 >= n) return std::nullopt;
-        scale = double(d[pos] + d[pos + 1]) / (p.headerMark + p.headerSpace);
-        if (scale < kMinScale || scale > kMaxScale) return std::nullopt;
-        // The mark/space split of the header tells NEC (2:1) from its repeat (4:1) and RCA (1:1),
-        // allowing for a receiver that stretches the mark at the space's expense.
-        const double mark = d[pos], space = d[pos + 1], nominal = double(p.headerMark) / p.headerSpace;
-        const double lowest = std::max(mark - kStretch, 1.0) / (space + kStretch);
-        const double highest = (mark + kStretch / 4) / std::max(space - kStretch / 4, 1.0);
-        if (nominal < lowest * 0.75 || nominal > highest * 1.33) return std::nullopt;
-        pos += 2;
-    }
-    const double headerScale = scale;
-    const double longest = (p.pulseWidth ? p.mark : p.one) * (p.headerMark != 0 ? scale : kMaxScale);
-    std::vector<Pair> pairs;
-    while (pos < n) {
-        if (pos + 1 >= n || d[pos + 1] > 1.7 * longest + 200) break;  // the frame's last mark
-        pairs.push_back({double(d[pos]), double(d[pos + 1])});
-        if (pairs.size() > kMaxBits) return std::nullopt;
-        pos += 2;
-    }
-    if (pos >= n) return std::nullopt;  // a space closed the frame without a mark
-    const double last = d[pos];
-    const unsigned count = static_cast<unsigned>(pairs.size()) + (p.pulseWidth ? 1 : 0);
-    if (!CountAccepted(p, count)) return std::nullopt;
+// The header's scale against the nominal timing; false when there is no such header here.
+bool HeaderScale(const DistanceProtocol& p, const std::vector<std::uint32_t>& d, std::size_t pos, double& scale) {
+    if (pos + 1 >= d.size()) return false;
+    scale = double(d[pos] + d[pos + 1]) / (p.headerMark + p.headerSpace);
+    if (scale < kMinScale || scale > kMaxScale) return false;
+    // The mark/space split of the header tells NEC (2:1) from its repeat (4:1) and RCA (1:1),
+    // allowing for a receiver that stretches the mark at the space's expense.
+    const double mark = d[pos], space = d[pos + 1], nominal = double(p.headerMark) / p.headerSpace;
+    const double lowest = std::max(mark - kStretch, 1.0) / (space + kStretch);
+    const double highest = (mark + kStretch / 4) / std::max(space - kStretch / 4, 1.0);
+    return nominal >= lowest * 0.75 && nominal <= highest * 1.33;
+}
 
-    // Calibrate: classify at the header's scale (or nominal), then rescale from the bits.
-    double misfit = 0;
+// The bits of a frame, before they are read: mark/space pairs and the closing mark.
+struct Frame {
+    std::array<Pair, kMaxBits> pairs;
+    std::size_t count = 0;
+    double last = 0;
+    std::size_t end = 0;  // index of the closing mark
+};
+
+// Collects pairs until a space too long for a bit; false without a closing mark or if too long.
+bool Collect(const DistanceProtocol& p, const std::vector<std::uint32_t>& d, std::size_t pos, double scale,
+             bool hasHeader, Frame& frame) {
+    const double longest = (p.pulseWidth ? p.mark : p.one) * (hasHeader ? scale : kMaxScale);
+    while (pos + 1 < d.size() && d[pos + 1] <= 1.7 * longest + 200) {
+        if (frame.count == kMaxBits) return false;
+        frame.pairs[frame.count++] = {double(d[pos]), double(d[pos + 1])};
+        pos += 2;
+    }
+    if (pos >= d.size()) return false;  // a space closed the frame without a mark
+    frame.last = d[pos];
+    frame.end = pos;
+    return true;
+}
+
+// Classifies at the header's scale (or nominal), then rescales from the bits and classifies
+// again; every bit must then fit. Sums each bit's misfit.
+bool Calibrate(const DistanceProtocol& p, const Frame& frame, double& scale, double& misfit) {
     for (int pass = 0; pass < 2; ++pass) {
         double measured = 0, nominal = 0;
         misfit = 0;
-        for (const Pair& pair : pairs) {
+        for (std::size_t i = 0; i < frame.count; ++i) {
+            const Pair& pair = frame.pairs[i];
             bool bit = false;
             double m = 0;
-            if (!Classify(p, pair.mark + pair.space, scale, bit, m) && pass == 1) return std::nullopt;
+            if (!Classify(p, pair.mark + pair.space, scale, bit, m) && pass == 1) return false;
             misfit += m;
             measured += pair.mark + pair.space;
             nominal += (p.pulseWidth ? (bit ? p.one : p.zero) + p.mark : p.mark + (bit ? p.one : p.zero));
         }
         if (nominal > 0) scale = measured / nominal;
     }
-    if (scale < kMinScale || scale > kMaxScale) return std::nullopt;
-    if (p.headerMark != 0) misfit += std::fabs(std::log(headerScale / scale)) * (pairs.size() + 1);
+    return scale >= kMinScale && scale <= kMaxScale;
+}
 
-    // How much the receiver lengthens marks (and shortens spaces): from the constant part.
+bool ReadBits(const DistanceProtocol& p, const Frame& frame, double scale, std::uint64_t& bits) {
+    // How much the receiver lengthens marks (and shortens spaces), from the constant spaces of
+    // a pulse-width code; it is needed to read the last bit, which has no space.
     double stretch = 0;
-    for (const Pair& pair : pairs) stretch += p.pulseWidth ? p.mark * scale - pair.space : 0;
-    if (!pairs.empty()) stretch /= pairs.size();
-    std::uint64_t bits = 0;
-    for (std::size_t i = 0; i < pairs.size(); ++i) {
+    for (std::size_t i = 0; i < frame.count; ++i) stretch += p.pulseWidth ? p.mark * scale - frame.pairs[i].space : 0;
+    if (frame.count > 0) stretch /= double(frame.count);
+    bits = 0;
+    for (std::size_t i = 0; i < frame.count; ++i) {
         bool bit = false;
         double m = 0;
-        Classify(p, pairs[i].mark + pairs[i].space, scale, bit, m);
+        Classify(p, frame.pairs[i].mark + frame.pairs[i].space, scale, bit, m);
         if (bit) bits |= std::uint64_t{1} << i;
         // Marks of a pulse-distance code are all short: a long one is not this protocol.
-        if (!p.pulseWidth && pairs[i].mark > p.mark * scale * 1.6 + 250) return std::nullopt;
+        if (!p.pulseWidth && frame.pairs[i].mark > p.mark * scale * 1.6 + 250) return false;
     }
     if (p.pulseWidth) {
-        const double width = (last - stretch) / scale;
+        const double width = (frame.last - stretch) / scale;
         const double toZero = std::fabs(std::log(width / p.zero)), toOne = std::fabs(std::log(width / p.one));
-        if (std::min(toZero, toOne) > 0.45) return std::nullopt;
-        if (toOne < toZero) bits |= std::uint64_t{1} << pairs.size();
-    } else if (last > p.mark * scale * 1.6 + 250 || last < p.mark * scale * 0.4) {
-        return std::nullopt;
+        if (std::min(toZero, toOne) > 0.45) return false;
+        if (toOne < toZero) bits |= std::uint64_t{1} << frame.count;
+        return true;
     }
+    return frame.last <= p.mark * scale * 1.6 + 250 && frame.last >= p.mark * scale * 0.4;
+}
+
+std::optional<KeyMatch> Try(const DistanceProtocol& p, const std::vector<std::uint32_t>& d, std::size_t start) {
+    const bool hasHeader = p.headerMark != 0;
+    double scale = 1;
+    if (hasHeader && !HeaderScale(p, d, start, scale)) return std::nullopt;
+    // Without a header, a frame must start after silence, not inside another frame's bits.
+    if (!hasHeader && start > 0 && d[start - 1] < kSilenceBefore) return std::nullopt;
+    Frame frame;
+    if (!Collect(p, d, hasHeader ? start + 2 : start, scale, hasHeader, frame)) return std::nullopt;
+    const unsigned count = static_cast<unsigned>(frame.count) + (p.pulseWidth ? 1 : 0);
+    if (!CountAccepted(p, count)) return std::nullopt;
+    const double headerScale = scale;
+    double misfit = 0;
+    if (!Calibrate(p, frame, scale, misfit)) return std::nullopt;
+    if (hasHeader) misfit += std::fabs(std::log(headerScale / scale)) * double(frame.count + 1);
+    std::uint64_t bits = 0;
+    if (!ReadBits(p, frame, scale, bits)) return std::nullopt;
     KeyMatch out;
     if (!p.interpret(bits, count, out)) return std::nullopt;
-    out.end = pos;
+    out.end = frame.end;
     // Protocols whose timings differ only in scale (NEC and Pioneer, 6 %) are told apart by
     // which one the frame fits without being rescaled.
-    out.misfit = misfit / (pairs.size() + 1) + 0.5 * std::fabs(std::log(scale));
+    out.misfit = misfit / double(frame.count + 1) + 0.5 * std::fabs(std::log(scale));
     return out;
 }
 

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "infrared/decode/CAcFrameDecoder.h"
 #include "infrared/decode/CKeyDecoder.h"
 #include "infrared/decode/CRawFrame.h"
 #include "infrared/encode/CKeyEncoder.h"
@@ -16,6 +17,7 @@ constexpr std::uint32_t kBurstGap = 50000;
 // Copies of one press closer than this fold into one frame; a new press comes later.
 constexpr std::uint64_t kFoldGap = 200000;
 constexpr std::uint32_t kRawGap = 50000;  // the silence a raw frame's Pronto code ends with
+constexpr std::size_t kMinRawMarks = 3;    // fewer marks in a burst that is no key are noise
 
 bool NecFamily(Protocol p) { return p == Protocol::Nec || p == Protocol::NecX || p == Protocol::Nec32; }
 
@@ -25,6 +27,18 @@ std::optional<KeyMatch> FirstKey(const std::vector<std::uint32_t>& durations) {
         if (auto match = CKeyDecoder::DecodeAt(durations, i, 0, std::nullopt)) return match;
     }
     return std::nullopt;
+}
+
+// NEC and Pioneer frames differ by 6 % in timing, less than a remote's clock may be off, but a
+// Pioneer press sends two frames (its key twice, or a prefix and the key) with a gap of under
+// half a frame, while an NEC remote repeats 108 ms after a frame's start (a gap of 0.59 frames;
+// with both complements every NEC frame is as long).
+bool PioneerPair(const std::vector<DecodedFrame>& out, std::size_t burstStart, const DecodedFrame& frame,
+                 std::uint32_t gapBefore) {
+    if (frame.protocol != Protocol::Nec || frame.repeat || out.size() <= burstStart) return false;
+    const DecodedFrame& last = out.back();
+    if ((last.protocol != Protocol::Nec && last.protocol != Protocol::Pioneer) || last.repeat) return false;
+    return gapBefore < last.durationUs / 2;
 }
 
 bool SameKey(const DecodedFrame& a, const DecodedFrame& b) {
@@ -136,11 +150,15 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
             frame.protocol = out.back().protocol;
             frame.scancode = out.back().scancode;
         }
+        if (PioneerPair(out, before, frame, d[i - 1])) {
+            out.back().protocol = frame.protocol = Protocol::Pioneer;
+        }
         out.push_back(std::move(frame));
         previous = match->protocol;
         i = match->end + 2;
     }
     if (out.size() > before) return;
+    if ((last - first) / 2 + 1 < kMinRawMarks) return;  // a stray pulse or two: noise
     DecodedFrame raw;
     raw.startUs = capture.startUs + at[first];
     raw.durations = CRawFrame::OneCopy(burst);
@@ -151,11 +169,23 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
     out.push_back(std::move(raw));
 }
 
-// INTEGRATION: the air-conditioner decoder (branch aircon, CAcFrameDecoder::Decode) is called
-// here, once for every codeset with protocol aircon, on the whole burst; the first match wins.
-// Until it is merged no burst is recognised as an air conditioner's.
+// Every air-conditioner codeset is tried on the whole burst (a frame of several sections must
+// not be cut apart); the first that fits, in file order, names it.
 std::optional<DecodedFrame> CFrameDecoder::decode_aircon(const std::vector<std::uint32_t>& burst) const {
-    (void)burst;
+    if (!codesets_) return std::nullopt;
+    for (const Codeset& codeset : codesets_->Codesets()) {
+        if (codeset.protocol != Protocol::Aircon) continue;
+        auto decoded = CAcFrameDecoder::Decode(codeset, burst);
+        if (!decoded) continue;
+        DecodedFrame frame;
+        frame.kind = DecodedFrame::Kind::Aircon;
+        frame.protocol = Protocol::Aircon;
+        frame.codeset = codeset.name;
+        frame.family = codeset.family;
+        frame.state = std::move(decoded->state);
+        frame.bytes = std::move(decoded->bytes);
+        return frame;
+    }
     return std::nullopt;
 }
 

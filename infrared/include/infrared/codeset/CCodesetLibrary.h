@@ -18,7 +18,8 @@ public:
     const Codeset* Find(const std::string& name) const;  // nullptr if absent
     const std::vector<Codeset>& Codesets() const { return codesets_; }
     // The key map the IR library reports: {"<key>":<code>,...} for keys,
-    // {"modes":[...],"fan":[...],"setpoint":[min,max]} for air conditioners.
+    // {"modes":[...],"fan":[...],"setpoint":[min,max]} for air conditioners, with
+    // "power":[...] added where the unit's power words are not just on and off.
     static std::string KeyMapText(const Codeset& codeset);
 
 private:

@@ -1,7 +1,7 @@
 // The one air-conditioner encoder: fills a codeset's frame template from a requested state,
-// adds the checksum, and sends the bytes with the codeset's timings. Driven only by the
-// AcFrameFormat, no per-vendor code. Stateless; throws std::invalid_argument for a state the
-// codeset cannot express.
+// adds the checksums, and sends the bytes section by section with the codeset's timings.
+// Driven only by the AcFrameFormat, no per-vendor code. Stateless; throws
+// std::invalid_argument for a state the codeset cannot express.
 #pragma once
 
 #include <cstdint>
@@ -25,6 +25,7 @@ public:
     static std::vector<std::uint8_t> BuildFrame(const AcFrameFormat& format, const AcState& state);
     static PulseTrain Encode(const AcFrameFormat& format, const std::vector<std::uint8_t>& bytes,
                              std::uint32_t carrier, std::uint32_t dutyCycle);
+    // The rule's bits for these bytes, already shifted and masked into place.
     static std::uint8_t ComputeChecksum(const Checksum& rule, const std::vector<std::uint8_t>& bytes);
 };
 
