@@ -1,7 +1,7 @@
 #include "infrared/receive/CMode2Text.h"
 
 
-#include "../formats/TextLines.h"
+#include "RecordedLines.h"
 #include "infrared/formats/CFormatError.h"
 #include "infrared/receive/CCaptureBuilder.h"
 
@@ -25,17 +25,7 @@ std::string FirstWord(const std::string& line) { return line.substr(0, line.find
 
 }  // namespace
 
-bool CMode2Text::Looks(const std::string& text) {
-    TextLines lines(text);
-    std::string line;
-    std::size_t number = 0;
-    while (lines.Next(line, number)) {
-        line = Trim(line);
-        if (line.empty() || line[0] == '#') continue;
-        return WordOf(FirstWord(line)) != Word::Unknown;
-    }
-    return false;
-}
+bool CMode2Text::Looks(const std::string& text) { return WordOf(FirstWord(FirstRecordedLine(text))) != Word::Unknown; }
 
 std::vector<Capture> CMode2Text::Parse(const std::string& text, const std::string& name) {
     std::vector<Capture> captures;
@@ -43,15 +33,10 @@ std::vector<Capture> CMode2Text::Parse(const std::string& text, const std::strin
     const auto keep = [&captures](std::optional<Capture> done) {
         if (done) captures.push_back(std::move(*done));
     };
-    TextLines lines(text);
-    std::string line;
-    std::size_t number = 0;
-    while (lines.Next(line, number)) {
-        line = Trim(line);
-        if (line.empty()) continue;
+    ForEachRecordedLine(text, [&](std::size_t number, const std::string& line) {
         if (line[0] == '#') {
             keep(builder.End());
-            continue;
+            return;
         }
         const std::string word = FirstWord(line);
         const Word kind = WordOf(word);
@@ -69,7 +54,7 @@ std::vector<Capture> CMode2Text::Parse(const std::string& text, const std::strin
             case Word::Carrier: builder.Carrier(sample); break;
             case Word::Unknown: break;
         }
-    }
+    });
     keep(builder.End());
     return captures;
 }

@@ -4,7 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "../formats/TextLines.h"
+#include "RecordedLines.h"
 #include "infrared/encode/CProntoCode.h"
 #include "infrared/formats/CFormatError.h"
 
@@ -25,25 +25,15 @@ bool HexWord(const std::string& word) {
 }  // namespace
 
 bool CProntoText::Looks(const std::string& text) {
-    TextLines lines(text);
-    std::string line;
-    std::size_t number = 0;
-    while (lines.Next(line, number)) {
-        line = Trim(line);
-        if (!line.empty() && line[0] != '#') return HexWord(line.substr(0, line.find_first_of(" \t")));
-    }
-    return false;
+    const std::string line = FirstRecordedLine(text);
+    return HexWord(line.substr(0, line.find_first_of(" \t")));
 }
 
 std::vector<Capture> CProntoText::Parse(const std::string& text, const std::string& name) {
     std::vector<Capture> captures;
     std::uint64_t clock = 0;
-    TextLines lines(text);
-    std::string line;
-    std::size_t number = 0;
-    while (lines.Next(line, number)) {
-        line = Trim(line);
-        if (line.empty() || line[0] == '#') continue;
+    ForEachRecordedLine(text, [&](std::size_t number, const std::string& line) {
+        if (line[0] == '#') return;
         if (line.size() > kMaxLine) throw CFormatError(name, number, "longer than a Pronto code can be");
         // The code parser reads words with strtoul, which would take "0x1f" or "+fff": only plain
         // hex words get that far.
@@ -65,7 +55,7 @@ std::vector<Capture> CProntoText::Parse(const std::string& text, const std::stri
         for (const std::uint32_t d : capture.durations) clock += d;
         clock += train.trailingGap;
         captures.push_back(std::move(capture));
-    }
+    });
     return captures;
 }
 
