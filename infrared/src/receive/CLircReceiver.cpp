@@ -21,7 +21,7 @@ CLircReceiver::CLircReceiver(const std::string& path, std::shared_ptr<ILircDevic
     if (fd < 0) {
         throw CReceiveError(LircOpenFailure(path_, fd, *device_,
                                             "Is the receiver's driver loaded (on a Raspberry Pi: "
-                                            "dtoverlay=gpio-ir,gpio_pin=18 in config.txt; USB: mceusb, streamzap)?"));
+                                            "dtoverlay=gpio-ir,gpio_pin=<its GPIO> in config.txt; USB: mceusb, streamzap)?"));
     }
     fd_ = fd;
     try {
