@@ -44,10 +44,11 @@ std::vector<std::uint32_t> Received(const infrared::Capture& capture, const Deco
     return infrared::CRawFrame::OneCopy(infrared::CRawFrame::Clean(rest));
 }
 
-// Whether sending the recognised key gives the frame that arrived. A remote close to a known
-// protocol (an extra bit, other timings) can be read as that protocol; kept as such, it would
-// send something else.
-bool Reproduces(const infrared::Capture& capture, const DecodedFrame& frame) {
+}  // namespace
+
+// A remote close to a known protocol (an extra bit, other timings) can be read as that
+// protocol; kept as such, it would send something else.
+bool CReceiveCommands::Reproduces(const infrared::Capture& capture, const DecodedFrame& frame) {
     const auto train =
         infrared::CKeyEncoder::Encode(frame.protocol, frame.scancode, frame.toggle.value_or(false), 0, 38000, 33);
     // Up to the first gap: copies inside one press (Sony, Sharp) and NEC repeat frames after it
@@ -63,8 +64,6 @@ bool Reproduces(const infrared::Capture& capture, const DecodedFrame& frame) {
     };
     return infrared::CRawFrame::Similar(firstFrame(Received(capture, frame)), firstFrame(train.durations));
 }
-
-}  // namespace
 
 CReceiveCommands::CReceiveCommands(const Options& options, std::ostream& out, std::ostream& err,
                                    std::shared_ptr<infrared::ILircDevice> device)

@@ -25,6 +25,10 @@ public:
     int Decode();
     int Learn();
 
+    // Whether sending the key `frame` names gives back the frame that arrived in `capture`
+    // (learn keeps the raw timings otherwise).
+    static bool Reproduces(const infrared::Capture& capture, const infrared::DecodedFrame& frame);
+
     static constexpr int kLearnWaitMs = 30000;  // for a press, unless --timeout says otherwise
     static constexpr int kLearnAttempts = 3;     // pairs of presses that may disagree
 

@@ -199,6 +199,48 @@ TEST(CReceiveCommandsTest, LearnKeepsRawTimingsWhenTheRecognisedKeyWouldSendSome
     EXPECT_EQ(library->Find("SZ")->FindKey(10)->raw, frame);
 }
 
+// Whatever the decoder says, a key is kept as its scancode only when encoding it gives back what
+// came: checked here with the reading a decoder might make of frames that are not quite that key.
+TEST(CReceiveCommandsTest, AKeyReproducesOnlyTheFrameThatCame) {
+    const auto rc5 = infrared::CKeyEncoder::Encode(Protocol::Rc5, 0x0300, true, 0, 36000, 33).durations;
+    std::uint64_t rc5Length = 0;
+    for (const std::uint32_t d : rc5) rc5Length += d;
+    struct Case {
+        const char* name;
+        std::vector<std::uint32_t> before, after;  // around the RC-5 frame
+        bool reproduces;
+    };
+    const std::vector<Case> cases = {
+        {"the frame alone", {}, {}, true},
+        {"noise well before it", {300, 30000}, {}, true},
+        {"its copies after a gap", {}, {90000}, true},
+        {"a leading bit it does not have", {889, 889}, {}, false},
+        {"a trailing bit it does not have", {}, {889, 889}, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        infrared::Capture capture;
+        capture.startUs = 5000;
+        capture.durations = c.before;
+        capture.durations.insert(capture.durations.end(), rc5.begin(), rc5.end());
+        if (!c.after.empty()) {
+            capture.durations.insert(capture.durations.end(), c.after.begin(), c.after.end());
+            if (c.after.size() % 2 == 1) capture.durations.insert(capture.durations.end(), rc5.begin(), rc5.end());
+        }
+        infrared::DecodedFrame frame;
+        frame.kind = infrared::DecodedFrame::Kind::Key;
+        frame.protocol = Protocol::Rc5;
+        frame.scancode = 0x0300;
+        frame.toggle = true;
+        frame.startUs = capture.startUs;
+        for (const std::uint32_t d : c.before) frame.startUs += d;
+        frame.durationUs = rc5Length;
+        EXPECT_EQ(CReceiveCommands::Reproduces(capture, frame), c.reproduces);
+        frame.scancode = 0x0301;
+        EXPECT_FALSE(CReceiveCommands::Reproduces(capture, frame)) << "another scancode";
+    }
+}
+
 TEST(CReceiveCommandsTest, LearnRefusesWhatCannotBeKept) {
     const std::string dir = irtest::TempDir();
     const std::string shipped = dir + "/codesets.json";
