@@ -79,6 +79,12 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
          File(&PlatformOptions::codesetsFile, "codesets")},
         {"ir-device", "DEV", "transmit for real: /dev/lircN, or mode2:FILE to write what would be sent",
          File(&PlatformOptions::irDevice, "ir-device")},
+        {"ir-receiver", "DEV|FILE", "receive IR (decode, learn): /dev/lircN, or a mode2, Pronto or Flipper .ir file",
+         [](Options& o, const std::string& v) -> std::string {
+             if (v.empty()) return "--ir-receiver needs a device or a file, not an empty text";
+             o.irReceiver = v;
+             return "";
+         }},
         {"year", "N",
          "TV model year the platform reports (default 23); the plugin only logs it when it starts",
          [](Options& o, const std::string& v) -> std::string {
@@ -96,8 +102,11 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
          }},
         {"ir-delay", "MS", "simulated on-air time of each transmission (default 0)",
          Milliseconds(&Options::irDelayMs, 0, "ir-delay")},
-        {"timeout", "MS", "how long to wait for each answer (default 2000)",
-         Milliseconds(&Options::timeoutMs, 1, "timeout")},
+        {"timeout", "MS", "how long to wait for each answer (default 2000), or for a press (decode, learn)",
+         [](Options& o, const std::string& v) -> std::string {
+             o.timeoutSet = true;
+             return Milliseconds(&Options::timeoutMs, 1, "timeout")(o, v);
+         }},
         {"json", "", "machine-readable output, one JSON object per line",
          [](Options& o, const std::string&) -> std::string {
              o.json = true;
@@ -163,6 +172,20 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "  GET /api/events  a live stream (Server-Sent Events) of requests, log lines, transmissions, answers\n"
          "Only requests whose Host and Origin name the served address are taken. Ctrl-C stops.\n",
          CommandNeeds::Plugin, RunWeb},
+        {"decode", "print what each received IR frame is: a key, an air-conditioner state, or raw timings", {},
+         "SOURCE is a file (lirc mode2 text, Pronto hex, a Flipper .ir file's raw signals) or /dev/lircN\n"
+         "(default: --ir-receiver); a device is listened to until --timeout passes without a press.\n"
+         "Keys are named by the codesets of --codesets (default: the embedded ones). --json prints one\n"
+         "object per frame: frame, startUs, durationUs and protocol with its members.\n",
+         CommandNeeds::Nothing, RunDecode, "SOURCE"},
+        {"learn", "learn a remote's key (two agreeing presses) or an air conditioner into a codesets file",
+         {{"codeset", "the codeset to learn into (created when missing)"},
+          {"key", "the key's name, e.g. power"},
+          {"code", "the key code the plugin will send for it"},
+          {"ac", "learn an air conditioner: one press picks its protocol, every state works afterwards"}},
+         "Needs --codesets FILE (created when missing; everything else in it is kept) and\n"
+         "--ir-receiver DEV|FILE. Waits up to --timeout (default 30000 ms) for each press.\n",
+         CommandNeeds::Nothing, RunLearn, "", {"ac"}},
     };
     return commands;
 }
@@ -205,6 +228,9 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
                     fail("unknown command '" + arg + "'" + (hint.empty() ? "" : " (did you mean " + hint + "?)") +
                          " (try --help)");
                 }
+            } else if (const CommandInfo* info = FindCommand(options.command);
+                       info != nullptr && !info->operand.empty() && options.operand.empty()) {
+                options.operand = arg;
             } else {
                 fail("unexpected argument '" + arg + "'");
             }
@@ -225,6 +251,13 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
         if (flag) {
             if (value) fail("option --" + name + " takes no value");
             global->apply(options, "");
+            continue;
+        }
+        const CommandInfo* command = FindCommand(options.command);
+        if (global == Globals().end() && command != nullptr &&
+            std::find(command->flags.begin(), command->flags.end(), name) != command->flags.end()) {
+            if (value) fail("option --" + name + " takes no value");
+            options.values[name] = "";
             continue;
         }
         if (!value) {
@@ -271,7 +304,8 @@ std::string CCommandLine::Usage() {
 std::string CCommandLine::CommandUsage(const CommandInfo& info) {
     std::ostringstream out;
     out << "usage: ircontrol-host [options] " << info.name
-        << (info.options.empty() ? "" : " [--option value ...]") << "\n\n"
+        << (info.options.empty() ? "" : " [--option value ...]") << (info.operand.empty() ? "" : " " + info.operand)
+        << "\n\n"
         << info.summary << "\n";
     if (!info.options.empty()) {
         out << "\n";

@@ -21,6 +21,8 @@ struct Options {
     std::string command;                       // demo, key, ac, set, devices, serve, web
     std::string plugin;                        // empty: the library beside the executable
     PlatformOptions platform;                  // --devices, --catalogue, --codesets, --ir-device, ...
+    std::string irReceiver;                    // where received IR comes from: /dev/lircN or a file
+    std::string operand;                       // the argument after a command that takes one (decode SOURCE)
     bool verbose = false;
     int logLevel = 0;                          // lowest log priority --verbose shows (0: all)
     bool json = false;
@@ -28,6 +30,7 @@ struct Options {
     bool version = false;
     int irDelayMs = 0;
     int timeoutMs = 2000;
+    bool timeoutSet = false;                   // --timeout was given
     std::map<std::string, std::string> values;  // the subcommand's --name value pairs
     std::string error;                         // set when the command line is unusable
 };
@@ -56,6 +59,8 @@ struct CommandInfo {
     std::string details;                                        // more text for its --help
     CommandNeeds needs = CommandNeeds::Plugin;
     int (*run)(CommandContext& context) = nullptr;
+    std::string operand = {};                                   // "SOURCE": takes one argument
+    std::vector<std::string> flags = {};                        // its options that take no value
 };
 
 class CCommandLine {

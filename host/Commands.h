@@ -12,5 +12,7 @@ int RunRequest(CommandContext& context);  // key, ac and set: one request from t
 int RunDevices(CommandContext& context);  // the pairing list, accepted keys and key maps
 int RunServe(CommandContext& context);    // JSON lines on stdin
 int RunWeb(CommandContext& context);      // the web remote, until Ctrl-C
+int RunDecode(CommandContext& context);   // what received frames are
+int RunLearn(CommandContext& context);    // a key or an air conditioner into a codesets file
 
 }  // namespace ircontrol::host

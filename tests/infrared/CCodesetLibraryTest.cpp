@@ -68,6 +68,20 @@ TEST(CCodesetLibraryTest, NumbersMayBeHexTextOrJsonIntegers) {
     EXPECT_EQ(k.keys[1].scancode, 255u);
 }
 
+// The layouts wider than 32 bits keep every bit, and each protocol gets its own carrier.
+TEST(CCodesetLibraryTest, WideScancodesAndProtocolCarriers) {
+    const auto library = CCodesetLibrary::Parse(R"({"codesets":[
+        {"name":"K","protocol":"kaseikyo","keys":{"a":{"code":1,"scancode":"0x3ffffff03ff"}}},
+        {"name":"N","protocol":"nec42","keys":{"a":{"code":1,"scancode":"0x3ffffffffff"}}},
+        {"name":"P","protocol":"pioneer","keys":{"a":{"code":1,"scancode":"0xaf36"}}},
+        {"name":"X","protocol":"rc5x","keys":{"a":{"code":1,"scancode":"0x1350"}}}]})");
+    EXPECT_EQ(library->Find("K")->keys[0].scancode, 0x3ffffff03ffULL);
+    EXPECT_EQ(library->Find("N")->keys[0].scancode, 0x3ffffffffffULL);
+    EXPECT_EQ(library->Find("K")->carrier, 38000u);
+    EXPECT_EQ(library->Find("P")->carrier, 40000u);
+    EXPECT_EQ(library->Find("X")->carrier, 36000u);
+}
+
 TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
     struct Case {
         std::string text;
@@ -82,6 +96,9 @@ TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1}}})"), "codesets[0].keys.a.scancode: must be a number"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1,"scancode":"0x10000"}}})"), "keys.a.scancode: does not fit nec"},
         {One(R"({"name":"X","protocol":"rc5","keys":{"a":{"code":1,"scancode":"0x2000"}}})"), "does not fit rc5"},
+        {One(R"({"name":"X","protocol":"rca","keys":{"a":{"code":1,"scancode":"0x1054"}}})"), "does not fit rca (bits 0xfff)"},
+        {One(R"({"name":"X","protocol":"kaseikyo","keys":{"a":{"code":1,"scancode":"0x325441041b"}}})"), "does not fit kaseikyo"},
+        {One(R"({"name":"X","protocol":"nec42","keys":{"a":{"code":1,"scancode":"0x40000000000"}}})"), "does not fit nec42"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":-1,"scancode":1}}})"), "keys.a.code: must not be negative"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1,"scancode":"12x"}}})"), "'12x' is not a number"},
         {One(R"({"name":"X","protocol":"nec","keys":{"a":{"code":1,"scancode":1},"b":{"code":1,"scancode":2}}})"), "keys.b.code: is used by another key"},

@@ -16,7 +16,7 @@ namespace {
 
 struct KeyCase {
     std::string key;
-    std::uint32_t scancode;
+    std::uint64_t scancode;
     std::uint64_t lircCode;  // the bits as lircd reads them, computed by hand from the layout
     std::vector<std::string> expected;  // decoded names, in order
 };
@@ -80,6 +80,29 @@ std::vector<ProtocolCase> Cases() {
          // S2 (inverted command bit 6), toggle 0, address, 6 command bits
          {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, {"KEY_POWER"}},
           {"KEY_MODE", 0x1f4c, 0u << 12 | 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
+        {"rc5x", Protocol::Rc5x,
+         "  bits 13\n  flags RC5|CONST_LENGTH\n  eps 30\n  aeps 100\n  one 889 889\n  zero 889 889\n"
+         "  plead 889\n  gap 113778\n  toggle_bit_mask 0x800\n",
+         // S2 = 0 carries the command's seventh bit
+         {{"KEY_POWER", 0x1350, 0u << 12 | 0x13 << 6 | 0x10, {"KEY_POWER"}}}},
+        {"nec42", Protocol::Nec42, std::string("  bits 42\n") + kNecTiming,
+         // 26-bit address 0x1234567 and command 0xbeef, no complements
+         {{"KEY_POWER", 0x1234567beefULL, 0x1234567ULL | 0xbeefULL << 26, {"KEY_POWER"}}}},
+        {"kaseikyo", Protocol::Kaseikyo,
+         "  bits 48\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n  header 3456 1728\n"
+         "  one 432 1296\n  zero 432 432\n  ptrail 432\n  gap 130000\n",
+         // vendor 0x3254, genres 4 and 1, command 0x1b: bytes 54 32 40 b1 01 f0 on air
+         {{"KEY_POWER", 0x325441001bULL, 0xf001b1403254ULL, {"KEY_POWER"}}}},
+        {"rca", Protocol::Rca,
+         "  bits 24\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n  header 4000 4000\n"
+         "  one 500 2000\n  zero 500 1000\n  ptrail 500\n  gap 8000\n",
+         // address 0xf, command 0x54, then both inverted
+         {{"KEY_POWER", 0xf54, 0xf | 0x54 << 4 | 0x0 << 12 | 0xab << 16, {"KEY_POWER"}}}},
+        {"pioneer", Protocol::Pioneer,
+         "  bits 32\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n  header 8500 4225\n"
+         "  one 500 1500\n  zero 500 500\n  ptrail 500\n  gap 26000\n",
+         // two frames per press
+         {{"KEY_POWER", 0xaf36, NecCode(0xaf, 0x50, 0x36, 0xc9), {"KEY_POWER", "KEY_POWER"}}}},
         {"rc6_0", Protocol::Rc6Mode0,
          "  bits 21\n  flags RC6|CONST_LENGTH\n  eps 30\n  aeps 100\n  header 2664 888\n"
          "  one 444 444\n  zero 444 444\n  rc6_mask 0x10000\n  gap 107000\n  toggle_bit_mask 0x10000\n",
@@ -128,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(Protocols, CKeyEncoderDecodeTest, ::testing::ValuesIn(C
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(CKeyEncoderTest, ToggleFlipsOnlyTheToggleBitOfRc5AndRc6) {
-    for (const Protocol protocol : {Protocol::Rc5, Protocol::Rc6Mode0}) {
+    for (const Protocol protocol : {Protocol::Rc5, Protocol::Rc5x, Protocol::Rc6Mode0}) {
         const auto off = CKeyEncoder::Encode(protocol, 0x0c0c, false, 0, 36000, 33);
         const auto on = CKeyEncoder::Encode(protocol, 0x0c0c, true, 0, 36000, 33);
         EXPECT_NE(off.durations, on.durations) << ProtocolName(protocol);

@@ -54,6 +54,15 @@ public:
         ++closed;
     }
     std::string GroupOf(const std::string&) override { return "video"; }
+    // A transmitter never reads.
+    int OpenForReading(const std::string&) override {
+        ADD_FAILURE() << "the transmitter opened for reading";
+        return -ENOSYS;
+    }
+    std::int64_t Read(int, void*, std::size_t, int) override {
+        ADD_FAILURE() << "the transmitter read";
+        return -ENOSYS;
+    }
 
     static std::string Name(unsigned long request) {
         switch (request) {

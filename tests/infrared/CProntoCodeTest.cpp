@@ -43,5 +43,31 @@ TEST(CProntoCodeTest, RefusesWhatIsNotALearnedCode) {
     }
 }
 
+// Written codes read back to the same timings, within one carrier period; what a word cannot
+// hold is clamped, never wrapped.
+TEST(CProntoCodeTest, FormatReadsBack) {
+    struct Case {
+        std::uint32_t carrier;
+        std::vector<std::uint32_t> durations;
+        std::uint32_t gap;
+        std::uint32_t expectedCarrier;
+    };
+    const Case cases[] = {
+        {38000, {9000, 4500, 563, 1688, 563}, 40000, 38000},
+        {36000, {889, 889, 1778}, 90000, 36000},
+        {0, {500}, 20000, 38000},  // unknown carrier: written as 38 kHz
+    };
+    for (const auto& c : cases) {
+        const PulseTrain back = CProntoCode::Parse(CProntoCode::Format(c.durations, c.carrier, c.gap));
+        EXPECT_NEAR(back.carrier, c.expectedCarrier, c.expectedCarrier / 100);
+        ASSERT_EQ(back.durations.size(), c.durations.size());
+        const double period = 1e6 / c.expectedCarrier;
+        for (std::size_t i = 0; i < c.durations.size(); ++i) EXPECT_NEAR(back.durations[i], c.durations[i], period);
+        EXPECT_NEAR(back.trailingGap, c.gap, period);
+    }
+    const PulseTrain clamped = CProntoCode::Parse(CProntoCode::Format({5000000}, 38000, 5000000));
+    EXPECT_NEAR(clamped.durations[0], 0xffff * 1e6 / 38000, 0xffff * 1e6 / 38000 / 500);  // the carrier word rounds
+}
+
 }  // namespace
 }  // namespace infrared

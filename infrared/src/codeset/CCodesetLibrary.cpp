@@ -13,17 +13,21 @@ namespace {
 
 using namespace json_fields;
 
-std::uint32_t ScancodeLimit(Protocol protocol) {
+std::uint64_t ScancodeLimit(Protocol protocol) {
     switch (protocol) {
         case Protocol::Nec: case Protocol::Rc6Mode0: case Protocol::Jvc: return 0xffff;
         case Protocol::NecX: return 0xffffff;
         case Protocol::Nec32: return 0xffffffff;
-        case Protocol::Rc5: return 0x1f7f;      // 5-bit address, 7-bit command
+        case Protocol::Rc5: case Protocol::Rc5x: return 0x1f7f;  // 5-bit address, 7-bit command
         case Protocol::Sony12: return 0x1f007f;  // address << 16 | command
         case Protocol::Sony15: return 0xff007f;
         case Protocol::Sony20: return 0x1fff7f;  // address << 16 | extension << 8 | command
         case Protocol::Sanyo: return 0x1fffff;   // 13-bit address, 8-bit command
         case Protocol::Sharp: return 0x1fff;     // 5-bit address, 8-bit command
+        case Protocol::Nec42: return 0x3ffffffffffULL;    // 26-bit address << 16 | 16-bit command
+        case Protocol::Kaseikyo: return 0x3ffffff03ffULL; // id, vendor, genres << 16 | 10-bit command
+        case Protocol::Rca: return 0xfff;                 // 4-bit address, 8-bit command
+        case Protocol::Pioneer: return 0xffff;
         default: return 0;
     }
 }
@@ -55,7 +59,7 @@ void Keys(const JsonValue& entry, Codeset& codeset, const std::string& path) {
                 Fail(where + ".pronto", e.what());
             }
         } else {
-            key.scancode = U32(value["scancode"], where + ".scancode");
+            key.scancode = Unsigned(value["scancode"], where + ".scancode", UINT64_MAX);
             if ((key.scancode & ~ScancodeLimit(codeset.protocol)) != 0) {
                 std::ostringstream limit;
                 limit << "does not fit " << ProtocolName(codeset.protocol) << " (bits 0x" << std::hex
@@ -77,8 +81,10 @@ Codeset One(const JsonValue& entry, const std::string& path) {
     const std::string protocol = Text(entry["protocol"], path + ".protocol");
     if (!ProtocolFromName(protocol, codeset.protocol)) Fail(path + ".protocol", "'" + protocol + "' is not a known protocol");
     switch (codeset.protocol) {
-        case Protocol::Rc5: case Protocol::Rc6Mode0: codeset.carrier = 36000; break;
-        case Protocol::Sony12: case Protocol::Sony15: case Protocol::Sony20: codeset.carrier = 40000; break;
+        case Protocol::Rc5: case Protocol::Rc5x: case Protocol::Rc6Mode0: codeset.carrier = 36000; break;
+        case Protocol::Sony12: case Protocol::Sony15: case Protocol::Sony20: case Protocol::Pioneer:
+            codeset.carrier = 40000;
+            break;
         default: codeset.carrier = 38000; break;
     }
     if (!entry["carrier"].isNull()) codeset.carrier = U32(entry["carrier"], path + ".carrier", 1000000);

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <thread>
 
+#include "LircOpenFailure.h"
 #include "infrared/encode/CKeyEncoder.h"
 
 namespace infrared {
@@ -16,7 +17,7 @@ std::uint16_t KernelProtocol(Protocol protocol) {
         case Protocol::Nec: return RC_PROTO_NEC;
         case Protocol::NecX: return RC_PROTO_NECX;
         case Protocol::Nec32: return RC_PROTO_NEC32;
-        case Protocol::Rc5: return RC_PROTO_RC5;
+        case Protocol::Rc5: case Protocol::Rc5x: return RC_PROTO_RC5;
         case Protocol::Rc6Mode0: return RC_PROTO_RC6_0;
         case Protocol::Sony12: return RC_PROTO_SONY12;
         case Protocol::Sony15: return RC_PROTO_SONY15;
@@ -77,20 +78,9 @@ CLircTransmitter::CLircTransmitter(const std::string& path, std::shared_ptr<ILir
 CLircTransmitter::~CLircTransmitter() { device_->Close(fd_); }
 
 void CLircTransmitter::openFailed(int error) {
-    const std::string cannot = "cannot open " + path_ + ": ";
-    if (error == -ENOENT || error == -ENODEV || error == -ENXIO) {
-        throw CTransmitError(cannot + "no such device. Is the transmitter's driver loaded (on a Raspberry Pi: "
-                             "dtoverlay=gpio-ir-tx in config.txt; USB: mceusb, iguanair)? `ls /dev/lirc*` lists them");
-    }
-    if (error == -EACCES || error == -EPERM) {
-        const std::string group = device_->GroupOf(path_);
-        const std::string owner = group.empty() ? "its group" : "group '" + group + "'";
-        throw CTransmitError(cannot + "permission denied. The device belongs to " + owner +
-                             ": add yourself (sudo usermod -aG " + (group.empty() ? "<group>" : group) +
-                             " $USER, then log in again) or add a udev rule such as "
-                             "KERNEL==\"lirc[0-9]*\", GROUP=\"video\", MODE=\"0660\"");
-    }
-    throw CTransmitError(cannot + Reason(error));
+    throw CTransmitError(LircOpenFailure(path_, error, *device_,
+                                         "Is the transmitter's driver loaded (on a Raspberry Pi: dtoverlay=gpio-ir-tx "
+                                         "in config.txt; USB: mceusb, iguanair)?"));
 }
 
 void CLircTransmitter::ioctlOrThrow(unsigned long request, std::uint32_t value, const char* what) {

@@ -10,17 +10,23 @@
 
 namespace infrared {
 
-// Key protocols; the first eleven have a Linux kernel encoder (LIRC_MODE_SCANCODE).
-enum class Protocol { Nec, NecX, Nec32, Rc5, Rc6Mode0, Sony12, Sony15, Sony20, Jvc, Sanyo, Sharp, Raw, Pronto, Aircon };
+// Key protocols. The first twelve have a Linux kernel encoder (LIRC_MODE_SCANCODE; rc5x is sent
+// as the kernel's rc5); all up to Pioneer are scancode protocols this library encodes itself.
+enum class Protocol {
+    Nec, NecX, Nec32, Rc5, Rc5x, Rc6Mode0, Sony12, Sony15, Sony20, Jvc, Sanyo, Sharp,
+    Nec42, Kaseikyo, Rca, Pioneer,
+    Raw, Pronto, Aircon
+};
 
 const char* ProtocolName(Protocol protocol);       // the codesets file's word ("nec", "rc6_0", ...)
 bool ProtocolFromName(const std::string& name, Protocol& out);
 bool HasKernelEncoder(Protocol protocol);
+bool HasScancode(Protocol protocol);               // keys are a scancode that CKeyEncoder encodes
 
 struct CodesetKey {
     std::string name;                  // "power"
     int code = 0;                      // the IR library's key code the plugin sends
-    std::uint32_t scancode = 0;        // scancode protocols
+    std::uint64_t scancode = 0;        // scancode protocols (42 bits at most)
     std::vector<std::uint32_t> raw;    // Raw: pulse, space, pulse, ... in microseconds
     std::string pronto;                // Pronto: the hex words as written
 };

@@ -19,7 +19,7 @@ struct Transmission {
     PulseTrain train;             // always filled, also when a scancode can be sent
     bool hasScancode = false;     // a key of a scancode protocol: `scancode` is set
     Protocol protocol = Protocol::Nec;
-    std::uint32_t scancode = 0;
+    std::uint64_t scancode = 0;
     std::uint32_t repeats = 0;    // extra copies of the frame in `train`
 };
 

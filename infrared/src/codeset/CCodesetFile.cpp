@@ -1,0 +1,149 @@
+#include "infrared/codeset/CCodesetFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+
+#include "JsonValue.h"
+#include "infrared/codeset/CCodesetLibrary.h"
+#include "infrared/formats/CFormatError.h"
+
+namespace infrared {
+namespace {
+
+using common::json::JsonType;
+using common::json::JsonValue;
+
+// The file's codesets as JSON; an empty document when the file does not exist yet. A file that
+// is there but not a usable codesets file is never overwritten.
+JsonValue Load(const std::string& path) {
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0 && errno == ENOENT) {
+        JsonValue document(JsonType::kObject);
+        document["codesets"] = JsonValue(JsonType::kArray);
+        return document;
+    }
+    std::string text;
+    try {
+        text = ReadFormatFile(path, CCodesetFile::kMaxBytes);
+        CCodesetLibrary::Parse(text);
+    } catch (const std::exception& error) {
+        throw CCodesetFileError(path + " is not a usable codesets file, so it is left alone: " + error.what());
+    }
+    return JsonValue::Create(text);
+}
+
+// The index of codeset `name` in the document, or its size when absent.
+unsigned Find(const JsonValue& codesets, const std::string& name) {
+    unsigned i = 0;
+    for (; i < codesets.size(); ++i) {
+        if (codesets[i]["name"].asString() == name) break;
+    }
+    return i;
+}
+
+void Store(const std::string& path, const JsonValue& document) {
+    const std::string text = document.toString(true) + "\n";
+    try {
+        CCodesetLibrary::Parse(text);
+    } catch (const std::exception& error) {
+        throw CCodesetFileError("not written, " + path + " would not be a valid codesets file: " + error.what());
+    }
+    CCodesetFile::WriteAtomically(path, text);
+}
+
+JsonValue KeyJson(const LearnedKey& key) {
+    JsonValue entry(JsonType::kObject);
+    entry["code"] = JsonValue(key.code);
+    if (key.protocol == Protocol::Raw) {
+        JsonValue raw(JsonType::kArray);
+        for (const std::uint32_t d : key.raw) raw.append(JsonValue(static_cast<long long>(d)));
+        entry["raw"] = raw;
+    } else {
+        char hex[24];
+        std::snprintf(hex, sizeof hex, "0x%04" PRIx64, key.scancode);
+        entry["scancode"] = JsonValue(hex);
+    }
+    return entry;
+}
+
+}  // namespace
+
+void CCodesetFile::PutKey(const std::string& path, const std::string& codeset, const LearnedKey& key) {
+    JsonValue document = Load(path);
+    JsonValue& codesets = document["codesets"];
+    const unsigned at = Find(codesets, codeset);
+    const std::string protocol = ProtocolName(key.protocol);
+    if (at == codesets.size()) {
+        JsonValue entry(JsonType::kObject);
+        entry["name"] = JsonValue(codeset);
+        entry["source"] = JsonValue("learned from a remote");
+        entry["protocol"] = JsonValue(protocol);
+        if (key.carrier != 0) entry["carrier"] = JsonValue(static_cast<long long>(key.carrier));
+        entry["keys"] = JsonValue(JsonType::kObject);
+        codesets.append(entry);
+    }
+    JsonValue& entry = codesets[at];
+    const std::string has = entry["protocol"].asString();
+    if (has != protocol) {
+        throw CCodesetFileError("codeset " + codeset + " in " + path + " is " + has + ", but this remote sends " +
+                                protocol + ": learn this key into another codeset (--codeset " + codeset +
+                                "_" + protocol + "), or learn all of them again into a new one");
+    }
+    entry["keys"][key.name] = KeyJson(key);
+    Store(path, document);
+}
+
+void CCodesetFile::PutCodeset(const std::string& path, const std::string& codesetJson, const std::string& name) {
+    JsonValue document = Load(path);
+    JsonValue codeset = JsonValue::Create(codesetJson);
+    if (codeset.type() != JsonType::kObject) throw CCodesetFileError("not a codeset: " + codesetJson.substr(0, 80));
+    codeset["name"] = JsonValue(name);
+    JsonValue& codesets = document["codesets"];
+    const unsigned at = Find(codesets, name);
+    if (at == codesets.size()) {
+        codesets.append(codeset);
+    } else {
+        codesets[at] = codeset;
+    }
+    Store(path, document);
+}
+
+std::string CCodesetFile::CodesetJson(const std::string& fileText, const std::string& name) {
+    const JsonValue document = JsonValue::Create(fileText);
+    if (document.type() != JsonType::kObject) return std::string();
+    const JsonValue& codesets = document["codesets"];
+    if (codesets.type() != JsonType::kArray) return std::string();
+    const unsigned at = Find(codesets, name);
+    return at == codesets.size() ? std::string() : codesets[at].toString(true);
+}
+
+void CCodesetFile::WriteAtomically(const std::string& path, const std::string& text) {
+    std::string temporary = path + ".XXXXXX";
+    const int fd = ::mkstemp(temporary.data());
+    if (fd < 0) throw CCodesetFileError("cannot write beside " + path + ": " + std::strerror(errno));
+    struct stat old {};
+    if (::stat(path.c_str(), &old) == 0) ::fchmod(fd, old.st_mode & 07777);
+    else ::fchmod(fd, 0644);
+    std::size_t done = 0;
+    int error = 0;
+    while (done < text.size() && error == 0) {
+        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno != EINTR) error = errno;
+        if (n > 0) done += static_cast<std::size_t>(n);
+    }
+    if (error == 0 && ::fsync(fd) != 0) error = errno;
+    if (::close(fd) != 0 && error == 0) error = errno;
+    if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
+    if (error != 0) {
+        ::unlink(temporary.c_str());
+        throw CCodesetFileError("cannot write " + path + ": " + std::strerror(error));
+    }
+}
+
+}  // namespace infrared

@@ -1,0 +1,109 @@
+// A file of captures as a receiver: told apart by content, read whole, refused when it is not
+// a recording; and OpenReceiver's choice between a device and a file.
+#include "infrared/receive/CFileReceiver.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "IrsimReceive.h"
+#include "infrared/receive/OpenReceiver.h"
+
+namespace infrared {
+namespace {
+
+std::string Write(const std::string& name, const std::string& text) {
+    const std::string path = irtest::TempDir() + "/" + name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+}
+
+const char* const kFlipperParsed =
+    "Filetype: IR signals file\nVersion: 1\n#\nname: Power\ntype: parsed\nprotocol: NEC\naddress: 04 00 00 00\n"
+    "command: 08 00 00 00\n";
+const char* const kFlipperRaw =
+    "Filetype: IR signals file\nVersion: 1\n#\nname: Power\ntype: raw\nfrequency: 38000\nduty_cycle: 0.330000\n"
+    "data: 9000 4500 560 1690 560\n#\nname: Mode\ntype: raw\nfrequency: 36000\nduty_cycle: 0.330000\n"
+    "data: 900 900 900 900\n";
+
+TEST(CFileReceiverTest, ReadsTheRawSignalsOfAFlipperFile) {
+    CFileReceiver receiver(kFlipperRaw, "remote.ir");
+    const auto first = receiver.Next(std::chrono::milliseconds(0));
+    const auto second = receiver.Next(std::chrono::milliseconds(0));
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first->durations, (std::vector<std::uint32_t>{9000, 4500, 560, 1690, 560}));
+    EXPECT_EQ(first->carrier, 38000u);
+    EXPECT_EQ(second->durations, (std::vector<std::uint32_t>{900, 900, 900})) << "the closing space dropped";
+    EXPECT_EQ(second->carrier, 36000u);
+    EXPECT_EQ(second->startUs, 9000u + 4500 + 560 + 1690 + 560);
+}
+
+TEST(CFileReceiverTest, HandsOutEachCaptureOnceThenNothing) {
+    struct Case {
+        const char* kind;
+        std::string text;
+        std::size_t captures;
+    };
+    const std::vector<Case> cases = {
+        {"mode2", "pulse 500\nspace 500\npulse 500\ntimeout 100000\npulse 700\n", 2},
+        {"flipper raw", kFlipperRaw, 2},
+        {"pronto", "0000 006D 0001 0000 0010 0010\n0000 006D 0001 0000 0010 0010\n0000 006D 0001 0000 0010 0010\n", 3},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.kind);
+        CFileReceiver receiver(Write("a.txt", c.text));
+        EXPECT_FALSE(receiver.Live());
+        for (std::size_t i = 0; i < c.captures; ++i) EXPECT_TRUE(receiver.Next(std::chrono::milliseconds(0))) << i;
+        EXPECT_FALSE(receiver.Next(std::chrono::milliseconds(0)));
+        EXPECT_FALSE(receiver.Next(std::chrono::milliseconds(0)));
+    }
+}
+
+TEST(CFileReceiverTest, RefusesWhatIsNotARecording) {
+    const std::string dir = irtest::TempDir();
+    const std::string fifo = dir + "/fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    struct Case {
+        std::string path;
+        std::string words;
+    };
+    const std::vector<Case> cases = {
+        {dir + "/missing.txt", "cannot be read"},
+        {dir, "not a regular file"},
+        {fifo, "not a regular file"},
+        {Write("bin", std::string("pulse 1\0\1\2", 11)), "binary"},
+        {Write("words.txt", "hello world\n"), "neither mode2 text"},
+        {Write("empty.txt", "# nothing\n\n"), "neither mode2 text"},
+        {Write("parsed.ir", kFlipperParsed), "no raw signals"},
+        {Write("broken.ir", "Filetype: IR signals file\nVersion: 1\n#\nname: a\ntype: raw\n"), "broken.ir:"},
+        {Write("bad.txt", "pulse 100\nspace x\n"), "bad.txt:2:"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        try {
+            CFileReceiver receiver(c.path);
+            ADD_FAILURE() << "accepted";
+        } catch (const CReceiveError& error) {
+            EXPECT_NE(std::string(error.what()).find(c.words), std::string::npos) << error.what();
+        }
+    }
+}
+
+TEST(CFileReceiverTest, OpenReceiverTakesDevicesForLircAndTheRestForFiles) {
+    const std::string file = Write("f.txt", "pulse 100\n");
+    EXPECT_FALSE(OpenReceiver(file)->Live());
+    // /dev/null is a character device but not lirc; a missing /dev path is a device not there.
+    for (const std::string device : {"/dev/null", "/dev/lirc-not-there"}) {
+        SCOPED_TRACE(device);
+        try {
+            OpenReceiver(device);
+            ADD_FAILURE() << "opened";
+        } catch (const CReceiveError& error) {
+            EXPECT_NE(std::string(error.what()).find(device), std::string::npos) << error.what();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace infrared

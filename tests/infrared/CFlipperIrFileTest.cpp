@@ -1,0 +1,170 @@
+#include "infrared/formats/CFlipperIrFile.h"
+
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+
+#include <functional>
+
+#include "infrared/formats/CFormatError.h"
+
+using infrared::CFlipperIrFile;
+using infrared::CFormatError;
+using infrared::FlipperSignal;
+
+namespace {
+
+const std::string kHeader = "Filetype: IR signals file\nVersion: 1\n";
+
+const std::string kTwoSignals = kHeader +
+    "#\n# a comment\nname: Power\ntype: parsed\nprotocol: NECext\naddress: 82 21 00 00\ncommand: 1F E0 00 00\n"
+    "#\r\nname: Fan_speed\r\ntype: raw\r\nfrequency: 38000\r\nduty_cycle: 0.330000\r\ndata: 1224 443 1252\r\n";
+
+TEST(CFlipperIrFile, ReadsParsedAndRawSignalsWithTheirLines) {
+    const auto signals = CFlipperIrFile::Parse(kTwoSignals, "fan.ir");
+    ASSERT_EQ(signals.size(), 2u);
+    EXPECT_EQ(signals[0].name, "Power");
+    EXPECT_EQ(signals[0].line, 5u);
+    EXPECT_FALSE(signals[0].raw);
+    EXPECT_EQ(signals[0].protocol, "NECext");
+    EXPECT_EQ(signals[0].address, 0x2182u);  // little-endian bytes
+    EXPECT_EQ(signals[0].command, 0xE01Fu);
+    EXPECT_EQ(signals[1].name, "Fan_speed");
+    EXPECT_EQ(signals[1].line, 11u);
+    EXPECT_TRUE(signals[1].raw);
+    EXPECT_EQ(signals[1].frequency, 38000u);
+    EXPECT_DOUBLE_EQ(signals[1].dutyCycle, 0.33);
+    EXPECT_EQ(signals[1].data, (std::vector<std::uint32_t>{1224, 443, 1252}));
+}
+
+TEST(CFlipperIrFile, WrittenFileReadsBackTheSameSignals) {
+    const auto signals = CFlipperIrFile::Parse(kTwoSignals, "fan.ir");
+    const auto again = CFlipperIrFile::Parse(CFlipperIrFile::Write(signals), "again.ir");
+    ASSERT_EQ(again.size(), signals.size());
+    for (std::size_t i = 0; i < signals.size(); ++i) {
+        EXPECT_EQ(again[i].name, signals[i].name);
+        EXPECT_EQ(again[i].raw, signals[i].raw);
+        EXPECT_EQ(again[i].protocol, signals[i].protocol);
+        EXPECT_EQ(again[i].address, signals[i].address);
+        EXPECT_EQ(again[i].command, signals[i].command);
+        EXPECT_EQ(again[i].frequency, signals[i].frequency);
+        EXPECT_DOUBLE_EQ(again[i].dutyCycle, signals[i].dutyCycle);
+        EXPECT_EQ(again[i].data, signals[i].data);
+    }
+}
+
+TEST(CFlipperIrFile, ChecksFieldWidthsPerProtocol) {
+    struct Case { const char* protocol; const char* address; const char* command; bool ok; };
+    const Case cases[] = {
+        {"NEC", "FF 00 00 00", "FF 00 00 00", true},     {"NEC", "00 01 00 00", "00 00 00 00", false},
+        {"RC5", "1F 00 00 00", "3F 00 00 00", true},     {"RC5", "1F 00 00 00", "40 00 00 00", false},
+        {"RC5X", "1F 00 00 00", "7F 00 00 00", true},    {"SIRC20", "FF 1F 00 00", "7F 00 00 00", true},
+        {"SIRC20", "FF 3F 00 00", "7F 00 00 00", false}, {"Kaseikyo", "FF FF FF 03", "FF 03 00 00", true},
+        {"Kaseikyo", "FF FF FF 04", "00 00 00 00", false}, {"RCA", "10 00 00 00", "00 00 00 00", false},
+        {"Nec", "00 00 00 00", "00 00 00 00", false},   // names are case-sensitive
+    };
+    for (const auto& c : cases) {
+        const std::string text = kHeader + "name: K\ntype: parsed\nprotocol: " + c.protocol + "\naddress: " + c.address +
+                                 "\ncommand: " + c.command + "\n";
+        if (c.ok) {
+            EXPECT_NO_THROW(CFlipperIrFile::Parse(text, "f.ir")) << c.protocol << " " << c.address << " " << c.command;
+        } else {
+            EXPECT_THROW(CFlipperIrFile::Parse(text, "f.ir"), CFormatError) << c.protocol << " " << c.address << " " << c.command;
+        }
+    }
+}
+
+TEST(CFlipperIrFile, RefusesHostileFilesNamingFileAndLine) {
+    struct Case { std::string text; std::size_t line; const char* reason; };
+    const std::string rawStart = kHeader + "name: R\ntype: raw\nfrequency: 38000\nduty_cycle: 0.33\n";
+    std::string tooMany = rawStart + "data:";
+    for (int i = 0; i < 1025; ++i) tooMany += " 500";
+    const Case cases[] = {
+        {"", 0, "empty file"},
+        {"Filetype: IR signals file\n", 1, "ends after"},
+        {"Filetype: Flipper SubGhz\nVersion: 1\n", 1, "not an IR signals file"},
+        {"Filetype: IR signals file\nVersion: 2\n", 2, "version 2"},
+        {kHeader + "name: P\ntype: parsed\nprotocol: NEC\naddress: 01 00 00 00\n", 3, "has no command"},
+        {kHeader + "name: P\ntype: parsed\nprotocol: NEC\naddress: 01 00 00\ncommand: 01 00 00 00\n", 6, "4 hex bytes"},
+        {kHeader + "name: P\ntype: parsed\nprotocol: NEC\naddress: 0x1 00 00 00\ncommand: 01 00 00 00\n", 6, "4 hex bytes"},
+        {kHeader + "name: P\ntype: weird\n", 4, "parsed or raw"},
+        {kHeader + "type: raw\n", 3, "before the first name"},
+        {kHeader + "name: P\ncolour: red\n", 4, "unknown key"},
+        {kHeader + "name: P\ntype: raw\ntype: raw\n", 5, "twice"},
+        {kHeader + "name: P\nthis line has no colon\n", 4, "key: value"},
+        {kHeader + "name: P\ntype: raw\nprotocol: NEC\n", 5, "does not belong"},
+        {rawStart + "data: 500 -1 500\n", 7, "data value 2"},
+        {rawStart + "data: 500 0 500\n", 7, "data value 2"},
+        {rawStart + "data: 500 99999999999999999999 500\n", 7, "data value 2"},
+        {rawStart + "data: 500 1000001\n", 7, "data value 2"},
+        {rawStart + "data: \n", 7, "empty"},
+        {tooMany, 7, "more than 1024"},
+        {kHeader + "name: R\ntype: raw\nfrequency: 9999\nduty_cycle: 0.33\ndata: 1\n", 5, "frequency"},
+        {kHeader + "name: R\ntype: raw\nfrequency: 38000\nduty_cycle: 1.5\ndata: 1\n", 6, "duty_cycle"},
+        {kHeader + "name: R\ntype: raw\nfrequency: 38000\nduty_cycle: nan\ndata: 1\n", 6, "duty_cycle"},
+        {kHeader + "name: R\ntype: raw\nfrequency: 38000\nduty_cycle: 0.3x\ndata: 1\n", 6, "duty_cycle"},
+        {kHeader + std::string("name: R\ntype: r\0aw\n", 20), 4, "binary"},
+        {std::string("\x7f" "ELF\x02\x01\x01\0\0\0", 10), 1, "binary"},
+    };
+    for (const auto& c : cases) {
+        try {
+            CFlipperIrFile::Parse(c.text, "bad.ir");
+            ADD_FAILURE() << "accepted: " << c.text.substr(0, 80);
+        } catch (const CFormatError& e) {
+            EXPECT_EQ(e.File(), "bad.ir");
+            EXPECT_EQ(e.Line(), c.line) << e.what();
+            EXPECT_NE(e.Reason().find(c.reason), std::string::npos) << e.what() << " (wanted " << c.reason << ")";
+            EXPECT_EQ(std::string(e.what()).rfind("bad.ir:" + std::to_string(c.line) + ": ", 0), 0u) << e.what();
+        }
+    }
+}
+
+TEST(CFlipperIrFile, RefusesEnormousCountsOfSignalsWithoutReadingOn) {
+    std::string text = kHeader;
+    for (std::size_t i = 0; i <= CFlipperIrFile::kMaxSignals; ++i) {
+        text += "name: K\ntype: parsed\nprotocol: NEC\naddress: 01 00 00 00\ncommand: 02 00 00 00\n";
+    }
+    try {
+        CFlipperIrFile::Parse(text, "many.ir");
+        ADD_FAILURE() << "accepted more than the signal limit";
+    } catch (const CFormatError& e) {
+        EXPECT_EQ(e.Line(), 3 + 5 * CFlipperIrFile::kMaxSignals) << e.what();
+    }
+}
+
+// Each .ir file under `dir`, recursively.
+void ForEachIrFile(const std::string& dir, const std::function<void(const std::string&)>& visit) {
+    DIR* handle = opendir(dir.c_str());
+    if (handle == nullptr) return;
+    std::vector<std::string> entries;
+    while (const dirent* entry = readdir(handle)) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != "..") entries.push_back(name);
+    }
+    closedir(handle);
+    for (const auto& name : entries) {
+        const std::string path = dir + "/" + name;
+        if (name.size() > 3 && name.compare(name.size() - 3, 3, ".ir") == 0) {
+            visit(path);
+        } else if (name.find('.') == std::string::npos) {
+            ForEachIrFile(path, visit);
+        }
+    }
+}
+
+TEST(CFlipperIrFile, ReadsEveryFileOfTheSharedSample) {
+    const std::string dir = IRC_SOURCE_DIR "/../shared/ir/irdb";
+    std::size_t files = 0, signals = 0;
+    ForEachIrFile(dir, [&](const std::string& path) {
+        ++files;
+        try {
+            signals += CFlipperIrFile::Parse(infrared::ReadFormatFile(path, 1 << 20), path).size();
+        } catch (const CFormatError& e) {
+            ADD_FAILURE() << e.what();
+        }
+    });
+    if (files == 0) GTEST_SKIP() << "the shared IR sample is not at " << dir;
+    EXPECT_GT(signals, files);
+}
+
+}  // namespace

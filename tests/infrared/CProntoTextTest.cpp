@@ -1,0 +1,62 @@
+// Pronto hex texts into captures, and lines that are not learned codes refused with file:line.
+#include "infrared/receive/CProntoText.h"
+
+#include <gtest/gtest.h>
+
+#include "infrared/encode/CProntoCode.h"
+#include "infrared/formats/CFormatError.h"
+
+namespace infrared {
+namespace {
+
+// A learned code at 38 kHz (word 006D): two bursts once, one repeated.
+const char* const kCode = "0000 006D 0002 0001 0157 00AC 0015 0040 0015 0E6C";
+
+TEST(CProntoTextTest, ReadsOneCapturePerCodeWithItsCarrier) {
+    const std::string text = std::string("# from a code list\n\n") + kCode + "\n  " + kCode + "  \n";
+    const auto captures = CProntoText::Parse(text, "codes.txt");
+    const PulseTrain train = CProntoCode::Parse(kCode);
+    ASSERT_EQ(captures.size(), 2u);
+    for (const auto& capture : captures) {
+        EXPECT_EQ(capture.durations, train.durations);
+        EXPECT_EQ(capture.carrier, train.carrier);
+    }
+    EXPECT_EQ(captures[0].startUs, 0u);
+    EXPECT_EQ(captures[1].startUs, train.OnAirMicroseconds() + train.trailingGap);
+}
+
+TEST(CProntoTextTest, RefusesALineThatIsNotALearnedCode) {
+    struct Case {
+        std::string text;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {std::string(kCode) + "\n0000 006D 0001\n", "p:2: a Pronto code needs at least 4 words"},
+        {"0100 006D 0001 0000 0010 0010\n", "p:1: only learned (0000) Pronto codes"},
+        {"0000 006D 0001 0000 0010\n", "p:1: the burst counts do not match"},
+        {"0000 006D 0001 0000 0010 0x10\n", "p:1: '0x10' is not a 4-digit hex word"},
+        {"0000 006D 0001 0000 0010 +fff\n", "p:1: '+fff' is not a 4-digit hex word"},
+        {"0000 0000 0001 0000 0010 0010\n", "p:1: the frequency word must not be 0"},
+        {"0000 006D 0001 0000 0000 0010\n", "p:1: a burst of 0 periods"},
+        {"0000 006D FFFF 0000\n", "p:1: the burst counts do not match"},
+        {"0000 " + std::string(20000, 'A') + "\n", "p:1: longer than a Pronto code can be"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text.substr(0, 60));
+        try {
+            CProntoText::Parse(c.text, "p");
+            ADD_FAILURE() << "accepted";
+        } catch (const CFormatError& error) {
+            EXPECT_EQ(std::string(error.what()).rfind(c.message, 0), 0u) << error.what();
+        }
+    }
+}
+
+TEST(CProntoTextTest, TellsProntoFromOtherTexts) {
+    EXPECT_TRUE(CProntoText::Looks(std::string("# x\n") + kCode));
+    EXPECT_FALSE(CProntoText::Looks("pulse 100\n"));
+    EXPECT_FALSE(CProntoText::Looks("Filetype: IR signals file\n"));
+}
+
+}  // namespace
+}  // namespace infrared
