@@ -150,7 +150,8 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
             frame.protocol = out.back().protocol;
             frame.scancode = out.back().scancode;
         }
-        if (PioneerPair(out, before, frame, d[i - 1])) {
+        const std::uint32_t gapBefore = i > 0 ? d[i - 1] : UINT32_MAX;
+        if (PioneerPair(out, before, frame, gapBefore)) {
             out.back().protocol = frame.protocol = Protocol::Pioneer;
         }
         out.push_back(std::move(frame));
@@ -162,8 +163,7 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
     DecodedFrame raw;
     raw.startUs = capture.startUs + at[first];
     raw.durations = CRawFrame::OneCopy(burst);
-    raw.durationUs = 0;
-    for (const std::uint32_t duration : raw.durations) raw.durationUs += duration;
+    raw.durationUs = at[last + 1] - at[first];
     raw.carrier = capture.carrier;
     raw.pronto = CProntoCode::Format(raw.durations, capture.carrier, kRawGap);
     out.push_back(std::move(raw));
