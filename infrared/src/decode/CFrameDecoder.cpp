@@ -99,11 +99,13 @@ void CFrameDecoder::index_codeset(const Codeset& codeset) {
 }
 
 std::vector<DecodedFrame> CFrameDecoder::Decode(const Capture& capture) const {
-    const std::vector<std::uint32_t> d = CRawFrame::Clean(capture.durations);
+    std::uint64_t skipped = 0;
+    const std::vector<std::uint32_t> d = CRawFrame::Clean(capture.durations, &skipped);
     std::vector<DecodedFrame> frames;
     if (d.empty()) return frames;
-    // Offsets of each duration from the first mark, which is where the capture's clock starts.
-    std::vector<std::uint64_t> at(d.size() + 1, 0);
+    // Offsets of each duration from the capture's first mark, where its clock starts (a glitch
+    // dropped before the first mark kept still counts).
+    std::vector<std::uint64_t> at(d.size() + 1, skipped);
     for (std::size_t i = 0; i < d.size(); ++i) at[i + 1] = at[i] + d[i];
     std::size_t first = 0;
     for (std::size_t i = 1; i < d.size(); i += 2) {
