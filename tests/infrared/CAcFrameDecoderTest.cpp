@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 
@@ -94,15 +95,17 @@ TEST(CAcFrameDecoderTest, RefusesOtherFamiliesAndDamagedFrames) {
         const Bytes bytes = CAcFrameEncoder::BuildFrame(from->frame, {"on", "cool", "24", "auto"});
         const auto train = CAcFrameEncoder::Encode(from->frame, bytes, from->carrier, from->dutyCycle).durations;
         for (const Codeset* to : families) {
-            const bool sameFrame = to->frame.sections.size() == from->frame.sections.size() && to->frame.bytes == from->frame.bytes;
-            if (to == from || sameFrame) continue;  // LG and LG2 share a payload and differ only in timing
+            if (to == from) continue;  // LG and LG2 share a payload too: only their timings tell them apart
             EXPECT_FALSE(CAcFrameDecoder::Decode(*to, train)) << from->family << " read as " << to->family;
         }
         SCOPED_TRACE(from->family);
+        // The last 0 of the first copy becomes a 1: it lies in a check byte or an inverted copy,
+        // which must then disagree.
+        const std::size_t firstCopy = (train.size() + 1) / (from->frame.timing.repeats + 1);
         std::vector<std::uint32_t> flipped = train;
-        for (std::size_t i = 1; i + 1 < flipped.size(); i += 2) {
-            if (flipped[i] == from->frame.timing.zeroSpace) {
-                flipped[i] = from->frame.timing.oneSpace;  // one bit changed: a checksum or an inverted copy disagrees
+        for (std::size_t i = firstCopy - 2; i > 0; --i) {
+            if (i % 2 == 1 && flipped[i] == from->frame.timing.zeroSpace) {
+                flipped[i] = from->frame.timing.oneSpace;
                 break;
             }
         }
@@ -110,10 +113,11 @@ TEST(CAcFrameDecoderTest, RefusesOtherFamiliesAndDamagedFrames) {
         if (damaged) {
             EXPECT_NE(damaged->bytes, bytes);
         }
-        if (!from->frame.checksums.empty()) {
+        const bool inverted = std::any_of(from->frame.sections.begin(), from->frame.sections.end(),
+                                          [](const FrameSection& s) { return s.inversion != Inversion::None; });
+        if (!from->frame.checksums.empty() || inverted) {
             EXPECT_FALSE(damaged) << "a changed bit passed the checksum";
         }
-        const std::size_t firstCopy = (train.size() + 1) / (from->frame.timing.repeats + 1);
         const std::vector<std::uint32_t> truncated(train.begin(), train.begin() + static_cast<long>(firstCopy / 4) * 2 + 1);
         EXPECT_FALSE(CAcFrameDecoder::Decode(*from, truncated));
         EXPECT_FALSE(CAcFrameDecoder::Decode(*from, {}));

@@ -103,8 +103,11 @@ TEST(CAcFrameEncoderTest, PublishedStatesAgreeOnEveryFieldTheEncoderSetsAndOnThe
         const auto readPublished = CAcFrameDecoder::ReadState(f, published);
         for (const auto& w : WrittenSlots(f, words.state)) {
             const bool sameBits = (built[w.slot.byte] & w.slot.mask) == (published[w.slot.byte] & w.slot.mask);
-            const bool sameWords = readBuilt && readPublished && readBuilt->fan == readPublished->fan &&
-                                   readBuilt->power == readPublished->power;
+            // A family may read two codes as one word (auto fan with or without its flag).
+            const std::string what = w.what;
+            const bool sameWords = readBuilt && readPublished &&
+                                   ((what == "fan" && readBuilt->fan == readPublished->fan) ||
+                                    (what == "power" && readBuilt->power == readPublished->power));
             EXPECT_TRUE(sameBits || sameWords) << w.what << " in byte " << w.slot.byte;
         }
         ++compared;
@@ -112,6 +115,39 @@ TEST(CAcFrameEncoderTest, PublishedStatesAgreeOnEveryFieldTheEncoderSetsAndOnThe
     std::cout << compared << " published states compared, " << otherModel << " of other models of a family, "
               << notExpressible << " not expressible in the library's words\n";
     EXPECT_GT(compared, 75);
+}
+
+struct FrameCase {
+    const char* codeset;
+    AcState state;
+    Bytes expected;
+};
+
+// Worked out by hand from the layouts (they run without the published data): Mitsubishi
+// Electric 23 CB 26 01 00, power (byte 5), mode (6) with its companion nibble in byte 8, set
+// point - 16 (7) with the half-degree bit 0x10, fan | vane 0x40 with auto 0x80 (9), the sum of
+// bytes 0-16 (17); Coolix: each byte's inverse is added on air only, off is B2 7B E0, fan-only
+// mode puts 0xE in the set point's nibble and auto mode fan code 0.
+const std::vector<FrameCase> kWorked = {
+    {"ZAC00005", {"on", "cool", "24", "auto"},
+     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x18, 0x08, 0x36, 0xc0, 0, 0, 0, 0, 0, 0, 0, 0x4b}},
+    {"ZAC00005", {"off", "heat", "16", "low"},
+     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x00, 0x08, 0x00, 0x30, 0x41, 0, 0, 0, 0, 0, 0, 0, 0x8e}},
+    {"ZAC00005", {"on", "dry", "31", "high"},
+     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x10, 0x0f, 0x32, 0x43, 0, 0, 0, 0, 0, 0, 0, 0xc9}},
+    {"ZAC00005", {"on", "fan", "22.5", "medium"},
+     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x38, 0x16, 0x37, 0x42, 0, 0, 0, 0, 0, 0, 0, 0xfc}},
+    {"ZAC00008", {"on", "fan", "24", "high"}, {0xb2, 0x3f, 0xe4}},
+    {"ZAC00008", {"on", "auto", "20", "low"}, {0xb2, 0x1f, 0x28}},
+    {"ZAC00008", {"on", "heat", "27", "medium"}, {0xb2, 0x5f, 0x9c}},
+    {"ZAC00008", {"off", "cool", "24", "auto"}, {0xb2, 0x7b, 0xe0}},
+};
+
+TEST(CAcFrameEncoderTest, ShippedCodesetsBuildTheFramesWorkedOutFromTheirLayouts) {
+    for (const auto& c : kWorked) {
+        SCOPED_TRACE(std::string(c.codeset) + " " + c.state.power + " " + c.state.mode + " " + c.state.setpoint + " " + c.state.fan);
+        EXPECT_EQ(CAcFrameEncoder::BuildFrame(Shipped(c.codeset).frame, c.state), c.expected);
+    }
 }
 
 TEST(CAcFrameEncoderTest, PulsesReadBackIntoTheFrameOncePerCopy) {

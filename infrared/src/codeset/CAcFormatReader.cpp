@@ -158,7 +158,9 @@ Checksum OneChecksum(const JsonValue& field, const std::string& where, std::size
         out.ranges.push_back(Range(field, where, frameSize, unit));
     } else {
         const JsonValue& ranges = Array(field["ranges"], where + ".ranges");
-        for (unsigned i = 0; i < ranges.size(); ++i) out.ranges.push_back(Range(ranges[i], At(where + ".ranges", i), frameSize, unit));
+        for (unsigned i = 0; i < ranges.size(); ++i) {
+            out.ranges.push_back(Range(ranges[i], At(where + ".ranges", i), frameSize, unit));
+        }
     }
     if (!field["add"].isNull()) out.add = Byte(field["add"], where + ".add");
     if (!field["shift"].isNull()) out.shift = U32(field["shift"], where + ".shift", 7);
@@ -191,26 +193,27 @@ std::vector<ModeRule> ModeRules(const JsonValue& frame, const std::string& fw, c
         const bool known = std::any_of(format.mode.values.begin(), format.mode.values.end(),
                                        [&](const WordBytes& value) { return value.first == mode; });
         if (!known) Fail(at, "is not one of the frame's modes");
-        ModeRule out1;
-        out1.mode = mode;
+        ModeRule modeRule;
+        modeRule.mode = mode;
         if (!rule["set"].isNull()) {
             const JsonValue& set = Array(rule["set"], at + ".set");
             for (unsigned i = 0; i < set.size(); ++i) {
-                SlotValue value{Slot(set[i], At(at + ".set", i), format.bytes.size()), Byte(set[i]["value"], At(at + ".set", i) + ".value")};
-                if ((value.value & ~value.slot.mask) != 0) Fail(At(at + ".set", i) + ".value", "has bits outside the slot's mask");
-                out1.set.push_back(value);
+                const std::string item = At(at + ".set", i);
+                const SlotValue value{Slot(set[i], item, format.bytes.size()), Byte(set[i]["value"], item + ".value")};
+                if ((value.value & ~value.slot.mask) != 0) Fail(item + ".value", "has bits outside the slot's mask");
+                modeRule.set.push_back(value);
             }
         }
         if (!rule["ignores"].isNull()) {
             const JsonValue& ignores = Array(rule["ignores"], at + ".ignores");
             for (unsigned i = 0; i < ignores.size(); ++i) {
                 const std::string word = Text(ignores[i], At(at + ".ignores", i));
-                if (word == "setpoint") out1.ignoresSetpoint = true;
-                else if (word == "fan") out1.ignoresFan = true;
+                if (word == "setpoint") modeRule.ignoresSetpoint = true;
+                else if (word == "fan") modeRule.ignoresFan = true;
                 else Fail(At(at + ".ignores", i), "must be \"setpoint\" or \"fan\"");
             }
         }
-        out.push_back(std::move(out1));
+        out.push_back(std::move(modeRule));
     }
     return out;
 }
@@ -322,7 +325,9 @@ void CheckCover(const std::vector<FrameSection>& sections, std::size_t size, con
         if (s.inversion == Inversion::Whole) continue;
         for (std::size_t b = s.first; b <= std::min<std::size_t>(s.last, size - 1); ++b) sent[b] = true;
     }
-    if (std::find(sent.begin(), sent.end(), false) != sent.end()) Fail(where, std::string("do not send every byte of ") + what);
+    if (std::find(sent.begin(), sent.end(), false) != sent.end()) {
+        Fail(where, std::string("do not send every byte of ") + what);
+    }
 }
 
 void ReadSections(const JsonValue& entry, const std::string& path, AcFrameFormat& out) {
