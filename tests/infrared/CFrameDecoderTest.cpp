@@ -119,6 +119,11 @@ TEST(CFrameDecoderTest, FramesCarryTheirTimeOnTheCapturesClock) {
     std::uint64_t length = 0;
     for (const auto d : press) length += d;
     EXPECT_EQ(frames[0].durationUs, length) << "three copies, first mark to last mark";
+
+    capture.durations[0] = 20;  // now a glitch, merged away: its time still counts
+    const auto again = CFrameDecoder(nullptr).Decode(capture);
+    ASSERT_EQ(again.size(), 1u) << Describe(again);
+    EXPECT_EQ(again[0].startUs, 5000000u + 20 + 20000);
 }
 
 TEST(CFrameDecoderTest, UnknownSignalIsOneCleanRawFrameWithItsPronto) {

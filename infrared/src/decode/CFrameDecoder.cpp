@@ -99,11 +99,13 @@ void CFrameDecoder::index_codeset(const Codeset& codeset) {
 }
 
 std::vector<DecodedFrame> CFrameDecoder::Decode(const Capture& capture) const {
-    const std::vector<std::uint32_t> d = CRawFrame::Clean(capture.durations);
+    std::uint64_t skipped = 0;
+    const std::vector<std::uint32_t> d = CRawFrame::Clean(capture.durations, &skipped);
     std::vector<DecodedFrame> frames;
     if (d.empty()) return frames;
-    // Offsets of each duration from the first mark, which is where the capture's clock starts.
-    std::vector<std::uint64_t> at(d.size() + 1, 0);
+    // Offsets of each duration from the capture's first mark, where its clock starts (a glitch
+    // dropped before the first mark kept still counts).
+    std::vector<std::uint64_t> at(d.size() + 1, skipped);
     for (std::size_t i = 0; i < d.size(); ++i) at[i + 1] = at[i] + d[i];
     std::size_t first = 0;
     for (std::size_t i = 1; i < d.size(); i += 2) {
@@ -150,7 +152,8 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
             frame.protocol = out.back().protocol;
             frame.scancode = out.back().scancode;
         }
-        if (PioneerPair(out, before, frame, d[i - 1])) {
+        const std::uint32_t gapBefore = i > 0 ? d[i - 1] : UINT32_MAX;
+        if (PioneerPair(out, before, frame, gapBefore)) {
             out.back().protocol = frame.protocol = Protocol::Pioneer;
         }
         out.push_back(std::move(frame));
@@ -162,8 +165,7 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
     DecodedFrame raw;
     raw.startUs = capture.startUs + at[first];
     raw.durations = CRawFrame::OneCopy(burst);
-    raw.durationUs = 0;
-    for (const std::uint32_t duration : raw.durations) raw.durationUs += duration;
+    raw.durationUs = at[last + 1] - at[first];
     raw.carrier = capture.carrier;
     raw.pronto = CProntoCode::Format(raw.durations, capture.carrier, kRawGap);
     out.push_back(std::move(raw));

@@ -12,7 +12,7 @@ constexpr std::uint32_t kCopyGap = 10000;   // us; a space this long may separat
 
 }  // namespace
 
-std::vector<std::uint32_t> CRawFrame::Clean(const std::vector<std::uint32_t>& durations) {
+std::vector<std::uint32_t> CRawFrame::Clean(const std::vector<std::uint32_t>& durations, std::uint64_t* skipped) {
     // Runs of one level; a zero or a glitch joins the level around it.
     std::vector<std::pair<bool, std::uint64_t>> runs;
     const auto add = [&runs](bool mark, std::uint64_t d) {
@@ -29,8 +29,12 @@ std::vector<std::uint32_t> CRawFrame::Clean(const std::vector<std::uint32_t>& du
     }
     std::vector<std::uint32_t> out;
     out.reserve(runs.size());
+    if (skipped != nullptr) *skipped = 0;
     for (const auto& run : runs) {
-        if (out.empty() && !run.first) continue;  // silence before the first mark
+        if (out.empty() && !run.first) {  // silence before the first mark
+            if (skipped != nullptr) *skipped += run.second;
+            continue;
+        }
         out.push_back(static_cast<std::uint32_t>(std::min<std::uint64_t>(run.second, UINT32_MAX)));
     }
     if (out.size() % 2 == 0 && !out.empty()) out.pop_back();

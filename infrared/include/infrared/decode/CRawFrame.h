@@ -11,8 +11,9 @@ namespace infrared {
 class CRawFrame {
 public:
     // Mark first, odd count: zero durations and glitches merged into their neighbours, a
-    // trailing space dropped.
-    static std::vector<std::uint32_t> Clean(const std::vector<std::uint32_t>& durations);
+    // trailing space dropped. `skipped` (if given) gets the time before the first mark kept.
+    static std::vector<std::uint32_t> Clean(const std::vector<std::uint32_t>& durations,
+                                            std::uint64_t* skipped = nullptr);
     // The first copy when the frame repeats itself after long spaces, else the whole frame.
     static std::vector<std::uint32_t> OneCopy(const std::vector<std::uint32_t>& frame);
     // Same length, every duration within 25 % of the other's (captures of one frame).
