@@ -17,6 +17,7 @@ const ProtocolWord kProtocols[] = {
     {Protocol::Jvc, "jvc", true},       {Protocol::Sanyo, "sanyo", true},
     {Protocol::Sharp, "sharp", true},   {Protocol::Raw, "raw", false},
     {Protocol::Pronto, "pronto", false}, {Protocol::Aircon, "aircon", false},
+    {Protocol::AcStates, "ac_states", false},
 };
 
 }  // namespace
