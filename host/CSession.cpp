@@ -19,12 +19,13 @@ bool IsTransmission(const sim::IrCall& call) {
            call.function == sim::IrCall::Function::Aircon;
 }
 
+// The parser has checked a set request's value against its kind; one that does not fit (a
+// Request built by hand) goes as JSON text, which the service refuses on its own.
 sim::HostProperty PropertyOf(const RequestResult& result) {
     const Request& r = result.request;
-    if (r.kind != RequestKind::Set || r.valueKind == "json") return sim::HostProperty::Json(result.property, result.payload);
-    if (r.valueKind == "int") return sim::HostProperty::Int(result.property, std::stoi(r.text));
-    if (r.valueKind == "bool") return sim::HostProperty::Bool(result.property, r.text == "true");
-    return sim::HostProperty::String(result.property, r.text);
+    sim::HostProperty property = sim::HostProperty::Json(result.property, result.payload);
+    if (r.kind == RequestKind::Set) ToHostProperty(result.property, r.valueKind, r.text, property);
+    return property;
 }
 
 void TakeAnswer(const sim::SetResult& answer, RequestResult& result) {
@@ -39,15 +40,15 @@ void TakeAnswer(const sim::SetResult& answer, RequestResult& result) {
 
 }  // namespace
 
-std::string CSession::KeyPayload(const std::string& type, const std::string& codeset, int key) {
+JsonValue CSession::KeyPayload(const std::string& type, const std::string& codeset, int key) {
     JsonValue payload;
     payload["x.com.korvan.deviceType"] = type;
     payload["x.com.korvan.codesetName"] = codeset;
     payload["x.com.korvan.codesetKey"] = key;
-    return payload.toString();
+    return payload;
 }
 
-std::string CSession::AcPayload(const std::string& codeset, const AcState& state) {
+JsonValue CSession::AcPayload(const std::string& codeset, const AcState& state) {
     JsonValue payload;
     payload["x.com.korvan.deviceType"] = "oic.d.airconditioner";
     payload["x.com.korvan.codesetName"] = codeset;
@@ -57,7 +58,7 @@ std::string CSession::AcPayload(const std::string& codeset, const AcState& state
     ac["x.com.korvan.mode"] = state.mode;
     ac["x.com.korvan.coolingSetpoint"] = state.setpoint;
     ac["x.com.korvan.fanSpeed"] = state.fan;
-    return payload.toString();
+    return payload;
 }
 
 RequestResult CSession::Describe(const Request& request) {
@@ -69,7 +70,8 @@ RequestResult CSession::Describe(const Request& request) {
             result.summary = "key " + std::to_string(request.key) +
                              (request.keyName.empty() ? "" : " " + request.keyName) + " (" + request.codeset + ")";
             result.property = "setKeyEvent";
-            result.payload = KeyPayload(request.type, request.codeset, request.key);
+            result.payloadJson = KeyPayload(request.type, request.codeset, request.key);
+            result.payload = result.payloadJson.toString();
             break;
         case RequestKind::Ac: {
             const AcState& s = request.ac;
@@ -77,15 +79,17 @@ RequestResult CSession::Describe(const Request& request) {
             result.summary = s.power + " " + s.mode + " " + std::to_string(s.setpoint) + " " + s.fan + " (" +
                              request.codeset + ")";
             result.property = "setKeyEvent";
-            result.payload = AcPayload(request.codeset, s);
+            result.payloadJson = AcPayload(request.codeset, s);
+            result.payload = result.payloadJson.toString();
             break;
         }
         case RequestKind::Set:
             result.label = request.property;
-            result.summary = request.valueKind + " " +
+            result.summary = std::string(ToString(request.valueKind)) + " " +
                              (request.text.size() > 24 ? request.text.substr(0, 21) + "..." : request.text);
             result.property = request.property;
             result.payload = request.text;
+            result.payloadJson = JsonValue::Create(request.text);  // the one parse of a given text
             break;
         case RequestKind::Devices:
             result.label = "devices";

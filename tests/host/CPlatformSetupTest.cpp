@@ -65,7 +65,7 @@ TEST(CPlatformSetupTest, ApplyWritesEverythingThePluginReads) {
     ASSERT_EQ(options.error, "");
     CPlatformSetup setup;
     std::string error;
-    ASSERT_TRUE(setup.Load(options, error)) << error;
+    ASSERT_TRUE(setup.Load(options.platform, error)) << error;
     setup.Apply();
     std::remove(path.c_str());
 
@@ -90,13 +90,13 @@ TEST(CPlatformSetupTest, UnusableFilesAreNamedInTheReason) {
     std::ofstream(path) << R"({"dev_info":[{"codeset":5,"device_index":1}]})";
     CPlatformSetup setup;
     std::string error;
-    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", path, "demo"}), error));
+    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", path, "demo"}).platform, error));
     EXPECT_EQ(error, path + ": dev_info[0] needs a string \"codeset\" and an integer \"device_index\"");
     std::remove(path.c_str());
-    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--catalogue", "/no/such.json", "demo"}), error));
+    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--catalogue", "/no/such.json", "demo"}).platform, error));
     EXPECT_EQ(error, "cannot read --catalogue file /no/such.json: no such file");
     // A directory reads as an empty stream; it must not be called "not valid JSON".
-    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", IRC_BINARY_DIR, "demo"}), error));
+    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", IRC_BINARY_DIR, "demo"}).platform, error));
     EXPECT_EQ(error, std::string("cannot read --devices file ") + IRC_BINARY_DIR + ": it is a directory");
     EXPECT_EQ(setup.Devices().size(), 5u) << "the defaults survive a refused file";
 }
