@@ -6,9 +6,11 @@
 
 #include <chrono>
 #include <map>
+#include <set>
 
 #include "ImportSupport.h"
 #include "JsonValue.h"
+#include "infrared/encode/CKeyEncoder.h"
 #include "infrared/formats/CFlipperIrFile.h"
 #include "infrared/formats/CFormatError.h"
 #include "infrared/formats/CLircdConf.h"
@@ -42,19 +44,17 @@ TEST(CCodesetImporter, FlipperSignalsBecomeProtocolOrRawKeysWithTableCodes) {
     ASSERT_EQ(report.codesets.size(), 1u);
     const ImportedCodeset& imported = report.codesets[0];
     EXPECT_EQ(imported.name, "Acme_Fan");
-    EXPECT_EQ(imported.protocolKeys, 5u);
+    EXPECT_EQ(imported.protocolKeys, 6u);
     EXPECT_EQ(imported.rawKeys, 1u);
-    ASSERT_EQ(report.refused.size(), 1u);
-    EXPECT_EQ(report.refused[0].line, 23u);
-    EXPECT_NE(report.refused[0].reason.find("Kaseikyo not supported yet"), std::string::npos);
+    EXPECT_TRUE(report.refused.empty());
 
     const auto library = irtest::Library({imported.json});
     const Codeset& codeset = *library->Find("Acme_Fan");
-    struct Want { const char* name; int code; Protocol protocol; std::uint32_t scancode; };
+    struct Want { const char* name; int code; Protocol protocol; std::uint64_t scancode; };
     const Want wants[] = {
         {"POWER", 10, Protocol::Nec, 0x0408},        {"Speed+", 11, Protocol::NecX, 0x82211f},
-        {"Fan_down", 12, Protocol::Nec32, 0x21823412}, {"Oscillate", 13, Protocol::Rc5, 0x1350},
-        {"POWER_2", 1001, Protocol::Sony20, 0x157d53},
+        {"Fan_down", 12, Protocol::Nec32, 0x21823412}, {"Oscillate", 13, Protocol::Rc5x, 0x1350},
+        {"Timer", 14, Protocol::Kaseikyo, 0x325441001bULL}, {"POWER_2", 1001, Protocol::Sony20, 0x157d53},
     };
     for (const auto& want : wants) {
         const CodesetKey* key = nullptr;
@@ -70,6 +70,24 @@ TEST(CCodesetImporter, FlipperSignalsBecomeProtocolOrRawKeysWithTableCodes) {
     EXPECT_EQ(light->protocol, Protocol::Raw);
     EXPECT_EQ(light->raw, (std::vector<std::uint32_t>{9000, 4500, 560, 560, 560}));  // trailing space dropped
     EXPECT_EQ(imported.freeCodes, (std::vector<std::pair<std::string, int>>{{"Light", 1000}, {"POWER_2", 1001}}));
+}
+
+// A raw capture of a frame the decoder knows is stored as that protocol's key; noise stays raw.
+TEST(CCodesetImporter, RawCapturesOfKnownProtocolsBecomeProtocolKeys) {
+    std::string data;
+    for (const auto d : CKeyEncoder::Encode(Protocol::Rc6Mode0, 0x93a0, false, 0, 36000, 33).durations) data += " " + std::to_string(d);
+    const std::string text = "Filetype: IR signals file\nVersion: 1\n"
+                             "name: Power\ntype: raw\nfrequency: 36000\nduty_cycle: 0.33\ndata:" + data + "\n"
+                             "name: Noise\ntype: raw\nfrequency: 38000\nduty_cycle: 0.33\ndata: 300 7000 1200\n";
+    const ImportedFile report = Import(text, "fan.ir");
+    ASSERT_EQ(report.error, "");
+    const auto library = irtest::Library({report.codesets[0].json});
+    const Codeset& codeset = library->Codesets()[0];
+    ASSERT_EQ(codeset.keys.size(), 2u);
+    EXPECT_EQ(codeset.keys[0].protocol, Protocol::Rc6Mode0);
+    EXPECT_EQ(codeset.keys[0].scancode, 0x93a0u);
+    EXPECT_EQ(codeset.keys[1].protocol, Protocol::Raw);
+    EXPECT_EQ(codeset.keys[1].raw, (std::vector<std::uint32_t>{300, 7000, 1200}));
 }
 
 TEST(CCodesetImporter, AirConditionerFilesBecomeStateTables) {
@@ -93,14 +111,14 @@ TEST(CCodesetImporter, RefusesWholeFilesWithFileAndLine) {
     struct Case { std::string text; const char* error; };
     const Case cases[] = {
         {"Filetype: IR signals file\nVersion: 3\n", "bad.ir:2: version 3"},
-        {"Filetype: IR signals file\nVersion: 1\nname: T\ntype: parsed\nprotocol: RCA\naddress: 01 00 00 00\ncommand: 01 00 00 00\n",
+        {"Filetype: IR signals file\nVersion: 1\nname: Temp+\ntype: parsed\nprotocol: RCA\naddress: 01 00 00 00\ncommand: 01 00 00 00\n",
          "bad.ir:0: no signal"},
         {"begin remote\n  name x\n  bits 8\n  one 1 1\n  zero 1 1\n  begin codes\n    A 0x100\n  end codes\nend remote\n",
          "bad.ir:7: code of 'A' does not fit 8 bits"},
         {std::string(3000, '\xff'), "bad.ir:1: "},
     };
     for (const auto& c : cases) {
-        const ImportedFile report = Import(c.text, "bad.ir");
+        const ImportedFile report = Import(c.text, "bad.ir", ApplianceKind::Aircon);
         EXPECT_EQ(report.error.rfind(c.error, 0), 0u) << report.error;
         EXPECT_TRUE(report.codesets.empty());
     }
@@ -148,45 +166,46 @@ TEST(CCodesetImporter, SharedSampleParsedSignalsDecodeAsTheFileStatesThem) {
     if (files.empty()) GTEST_SKIP() << "the shared IR sample is not at " << kShared;
     std::string conf = "begin remote\n  name sample\n  bits 32\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n"
                        "  header 9000 4500\n  one 560 1690\n  zero 560 560\n  ptrail 560\n  gap 40000\n  begin codes\n";
-    std::vector<std::string> codesets, expected;
+    struct One { std::string file, json; std::vector<std::string> expected; };
+    std::vector<One> sent;
     std::map<std::uint32_t, std::string> names;
     for (const auto& file : files) {
         const std::string text = irtest::ReadText(file);
         const ImportedFile report = Import(text, file);
         if (report.codesets.empty()) continue;
-        std::size_t parsed = 0;
+        One one{file, "", {}};
+        std::set<std::string> parsedNames;
         for (const auto& s : CFlipperIrFile::Parse(text, file)) {
-            if (s.raw) continue;
-            ++parsed;
+            // A name given twice is imported under a new name; only first ones are sent here.
+            if (s.raw || !parsedNames.insert(s.name).second) continue;
             const std::uint32_t bits = NecBits(s);
             if (names.emplace(bits, "C" + std::to_string(names.size())).second) {
                 char line[64];
                 std::snprintf(line, sizeof line, "    %s 0x%08x\n", names[bits].c_str(), bits);
                 conf += line;
             }
-            expected.push_back(names[bits]);
+            one.expected.push_back(names[bits]);
         }
-        if (parsed == 0) continue;
-        // Only the parsed keys are sent: a raw capture may hold the same frame.
+        if (one.expected.empty()) continue;
+        // Only the parsed signals are sent: a raw capture may hold the same frame.
         common::json::JsonValue entry = common::json::JsonValue::Create(report.codesets[0].json);
         common::json::JsonValue& keys = entry["keys"];
         for (const auto& name : keys.getMemberNames()) {
-            if (keys[name]["protocol"].asString() == "raw") keys.removeMember(name);
+            if (parsedNames.count(name) == 0) keys.removeMember(name);
         }
-        codesets.push_back(entry.toString());
+        one.json = entry.toString();
+        sent.push_back(std::move(one));
     }
     conf += "  end codes\nend remote\n";
-    ASSERT_FALSE(expected.empty());
-    const auto library = irtest::Library(codesets);
-    std::vector<std::string> decodedAll;
-    for (const auto& c : library->Codesets()) {
-        const std::string file = irtest::TempDir() + "/one.txt";
-        irtest::SendAll(library, c.name, file);
+    ASSERT_FALSE(sent.empty());
+    const std::string file = irtest::TempDir() + "/one.txt";
+    for (const auto& one : sent) {
+        const auto library = irtest::Library({one.json});
+        irtest::SendAll(library, library->Codesets()[0].name, file);
         const auto decoded = irtest::IrsimReceive(conf, file);
         ASSERT_TRUE(decoded.ran) << decoded.error;
-        decodedAll.insert(decodedAll.end(), decoded.keys.begin(), decoded.keys.end());
+        EXPECT_EQ(decoded.keys, one.expected) << one.file;
     }
-    EXPECT_EQ(decodedAll, expected);
 }
 
 // Every remote of Debian's lirc-compat-remotes imports, and every key of it, sent through the

@@ -1,219 +1,42 @@
 #include "infrared/codeset/CCodesetLibrary.h"
 
-#include <cerrno>
-#include <cmath>
-#include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 
 #include "JsonValue.h"
+#include "codeset/CAcFormatReader.h"
+#include "codeset/JsonFields.h"
 #include "infrared/codeset/CAcStateTable.h"
 #include "infrared/encode/CProntoCode.h"
 
 namespace infrared {
 namespace {
 
-using common::json::JsonValue;
+using namespace json_fields;
 
-[[noreturn]] void Fail(const std::string& where, const std::string& what) {
-    throw std::invalid_argument(where + ": " + what);
-}
-
-// Numbers may be written as JSON integers or as "0x.." / decimal strings (hex reads better for
-// bytes and scancodes).
-std::uint64_t Unsigned(const JsonValue& value, const std::string& where, std::uint64_t max) {
-    std::uint64_t number = 0;
-    if (value.isInt()) {
-        const std::int64_t signedNumber = value.asInt64();
-        if (signedNumber < 0) Fail(where, "must not be negative");
-        number = static_cast<std::uint64_t>(signedNumber);
-    } else if (value.isString()) {
-        const std::string text = value.asString();
-        char* end = nullptr;
-        errno = 0;
-        number = std::strtoull(text.c_str(), &end, 0);
-        if (text.empty() || text[0] == '-' || end == nullptr || *end != '\0' || errno != 0) {
-            Fail(where, "'" + text + "' is not a number");
-        }
-    } else {
-        Fail(where, "must be a number");
-    }
-    if (number > max) Fail(where, std::to_string(number) + " is larger than " + std::to_string(max));
-    return number;
-}
-
-std::uint32_t U32(const JsonValue& value, const std::string& where, std::uint32_t max = UINT32_MAX) {
-    return static_cast<std::uint32_t>(Unsigned(value, where, max));
-}
-
-std::uint8_t Byte(const JsonValue& value, const std::string& where) {
-    return static_cast<std::uint8_t>(Unsigned(value, where, 0xff));
-}
-
-double Number(const JsonValue& value, const std::string& where) {
-    if (value.isInt() || value.isDouble()) return value.asDouble();
-    Fail(where, "must be a number");
-}
-
-std::string Text(const JsonValue& value, const std::string& where) {
-    if (!value.isString()) Fail(where, "must be a string");
-    return value.asString();
-}
-
-const JsonValue& Object(const JsonValue& parent, const std::string& name, const std::string& where) {
-    const JsonValue& value = parent[name];
-    if (value.type() != common::json::kObject) Fail(where + "." + name, "must be an object");
-    return value;
-}
-
-FrameSlot Slot(const JsonValue& field, const std::string& where, std::size_t frameSize) {
-    FrameSlot slot;
-    slot.byte = U32(field["byte"], where + ".byte");
-    if (slot.byte >= frameSize) Fail(where + ".byte", "is outside the frame's bytes");
-    if (!field["mask"].isNull()) slot.mask = Byte(field["mask"], where + ".mask");
-    if (slot.mask == 0) Fail(where + ".mask", "must not be 0");
-    return slot;
-}
-
-// {"byte":6,"mask":"0x38","values":{"cool":"0x18"}} or, for a value spread over several bytes,
-// {"slots":[{"byte":6,"mask":"0x38"},{"byte":8}],"values":{"cool":["0x18","0x36"]}}.
-EnumField Enum(const JsonValue& frame, const std::string& name, const std::string& path, std::size_t frameSize) {
-    const std::string where = path + "." + name;
-    const JsonValue& field = Object(frame, name, path);
-    EnumField out;
-    if (field["slots"].isNull()) {
-        out.slots.push_back(Slot(field, where, frameSize));
-    } else {
-        const JsonValue& slots = field["slots"];
-        if (slots.type() != common::json::kArray || slots.size() == 0) Fail(where + ".slots", "must be a non-empty array");
-        for (unsigned i = 0; i < slots.size(); ++i) {
-            out.slots.push_back(Slot(slots[i], where + ".slots[" + std::to_string(i) + "]", frameSize));
-        }
-    }
-    const JsonValue& values = Object(field, "values", where);
-    for (const auto& word : values.getMemberNames()) {
-        const std::string at = where + ".values." + word;
-        const JsonValue& value = values[word];
-        std::vector<std::uint8_t> bytes;
-        if (value.type() == common::json::kArray) {
-            for (unsigned i = 0; i < value.size(); ++i) bytes.push_back(Byte(value[i], at));
-        } else {
-            bytes.push_back(Byte(value, at));
-        }
-        if (bytes.size() != out.slots.size()) Fail(at, "needs one byte per slot");
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            if ((bytes[i] & ~out.slots[i].mask) != 0) Fail(at, "has bits outside the slot's mask");
-        }
-        out.values.emplace_back(word, std::move(bytes));
-    }
-    if (out.values.empty()) Fail(where + ".values", "must name at least one value");
-    return out;
-}
-
-SetpointField Setpoint(const JsonValue& frame, const std::string& path, std::size_t frameSize) {
-    const std::string where = path + ".setpoint";
-    const JsonValue& field = Object(frame, "setpoint", path);
-    SetpointField out;
-    out.slot = Slot(field, where, frameSize);
-    if (!field["shift"].isNull()) out.shift = U32(field["shift"], where + ".shift", 7);
-    if (!field["offset"].isNull()) out.offset = Number(field["offset"], where + ".offset");
-    if (!field["scale"].isNull()) out.scale = Number(field["scale"], where + ".scale");
-    out.min = Number(field["min"], where + ".min");
-    out.max = Number(field["max"], where + ".max");
-    if (out.min > out.max) Fail(where, "min is above max");
-    if (out.scale <= 0) Fail(where + ".scale", "must be positive");
-    const double top = std::lround((out.max - out.offset) * out.scale);
-    if (out.min < out.offset || top > static_cast<double>(out.slot.mask >> out.shift)) {
-        Fail(where, "the range does not fit the slot");
-    }
-    return out;
-}
-
-Checksum ChecksumOf(const JsonValue& frame, const std::string& path, std::size_t frameSize) {
-    Checksum out;
-    const JsonValue& field = frame["checksum"];
-    if (field.isNull()) return out;
-    const std::string where = path + ".checksum";
-    if (field.type() != common::json::kObject) Fail(where, "must be an object");
-    const std::string rule = Text(field["rule"], where + ".rule");
-    if (rule == "byte_sum") out.rule = ChecksumRule::ByteSum;
-    else if (rule == "nibble_sum") out.rule = ChecksumRule::NibbleSum;
-    else if (rule == "xor") out.rule = ChecksumRule::Xor;
-    else Fail(where + ".rule", "'" + rule + "' is not byte_sum, nibble_sum or xor");
-    out.slot = Slot(field, where, frameSize);
-    out.first = U32(field["from"], where + ".from");
-    out.last = U32(field["to"], where + ".to");
-    if (out.first > out.last || out.last >= frameSize) Fail(where, "from..to must lie within the frame");
-    if (out.first <= out.slot.byte && out.slot.byte <= out.last) Fail(where, "must not cover its own byte");
-    if (!field["add"].isNull()) out.add = Byte(field["add"], where + ".add");
-    if (!field["shift"].isNull()) out.shift = U32(field["shift"], where + ".shift", 7);
-    return out;
-}
-
-std::uint32_t Duration(const JsonValue& timing, const char* name, const std::string& where, bool required) {
-    const JsonValue& value = timing[name];
-    if (value.isNull()) {
-        if (required) Fail(where + "." + name, "is required");
-        return 0;
-    }
-    return U32(value, where + "." + name, 1000000);
-}
-
-AcFrameFormat Frame(const JsonValue& entry, const std::string& path) {
-    AcFrameFormat out;
-    const JsonValue& timing = Object(entry, "timing", path);
-    const std::string tw = path + ".timing";
-    const JsonValue& header = timing["header"];
-    if (!header.isNull()) {
-        if (header.type() != common::json::kArray || header.size() != 2) Fail(tw + ".header", "must be [mark, space]");
-        out.timing.headerMark = U32(header[0u], tw + ".header", 1000000);
-        out.timing.headerSpace = U32(header[1u], tw + ".header", 1000000);
-    }
-    out.timing.mark = Duration(timing, "mark", tw, true);
-    out.timing.oneSpace = Duration(timing, "one", tw, true);
-    out.timing.zeroSpace = Duration(timing, "zero", tw, true);
-    out.timing.trailer = Duration(timing, "trailer", tw, true);
-    out.timing.gap = Duration(timing, "gap", tw, true);
-    if (!timing["repeats"].isNull()) out.timing.repeats = U32(timing["repeats"], tw + ".repeats", 8);
-    if (out.timing.mark == 0 || out.timing.oneSpace == 0 || out.timing.zeroSpace == 0) Fail(tw, "durations must not be 0");
-    const std::string order = entry["bit_order"].isNull() ? "lsb" : Text(entry["bit_order"], path + ".bit_order");
-    if (order != "lsb" && order != "msb") Fail(path + ".bit_order", "must be \"lsb\" or \"msb\"");
-    out.timing.msbFirst = order == "msb";
-
-    const JsonValue& frame = Object(entry, "frame", path);
-    const std::string fw = path + ".frame";
-    const JsonValue& bytes = frame["bytes"];
-    if (bytes.type() != common::json::kArray || bytes.size() == 0 || bytes.size() > 64) {
-        Fail(fw + ".bytes", "must be an array of 1 to 64 bytes");
-    }
-    for (unsigned i = 0; i < bytes.size(); ++i) out.bytes.push_back(Byte(bytes[i], fw + ".bytes[" + std::to_string(i) + "]"));
-    out.power = Enum(frame, "power", fw, out.bytes.size());
-    out.mode = Enum(frame, "mode", fw, out.bytes.size());
-    out.fan = Enum(frame, "fan", fw, out.bytes.size());
-    out.setpoint = Setpoint(frame, fw, out.bytes.size());
-    out.checksum = ChecksumOf(frame, fw, out.bytes.size());
-    return out;
-}
-
-std::uint32_t ScancodeLimit(Protocol protocol) {
+std::uint64_t ScancodeLimit(Protocol protocol) {
     switch (protocol) {
         case Protocol::Nec: case Protocol::Rc6Mode0: case Protocol::Jvc: return 0xffff;
         case Protocol::NecX: return 0xffffff;
         case Protocol::Nec32: return 0xffffffff;
-        case Protocol::Rc5: return 0x1f7f;      // 5-bit address, 7-bit command
+        case Protocol::Rc5: case Protocol::Rc5x: return 0x1f7f;  // 5-bit address, 7-bit command
         case Protocol::Sony12: return 0x1f007f;  // address << 16 | command
         case Protocol::Sony15: return 0xff007f;
         case Protocol::Sony20: return 0x1fff7f;  // address << 16 | extension << 8 | command
         case Protocol::Sanyo: return 0x1fffff;   // 13-bit address, 8-bit command
         case Protocol::Sharp: return 0x1fff;     // 5-bit address, 8-bit command
+        case Protocol::Nec42: return 0x3ffffffffffULL;    // 26-bit address << 16 | 16-bit command
+        case Protocol::Kaseikyo: return 0x3ffffff03ffULL; // id, vendor, genres << 16 | 10-bit command
+        case Protocol::Rca: return 0xfff;                 // 4-bit address, 8-bit command
+        case Protocol::Pioneer: return 0xffff;
         default: return 0;
     }
 }
 
 std::uint32_t DefaultCarrier(Protocol protocol) {
     switch (protocol) {
-        case Protocol::Rc5: case Protocol::Rc6Mode0: return 36000;
-        case Protocol::Sony12: case Protocol::Sony15: case Protocol::Sony20: return 40000;
+        case Protocol::Rc5: case Protocol::Rc5x: case Protocol::Rc6Mode0: return 36000;
+        case Protocol::Sony12: case Protocol::Sony15: case Protocol::Sony20: case Protocol::Pioneer: return 40000;
         default: return 38000;
     }
 }
@@ -251,7 +74,7 @@ void KeyFrame(const JsonValue& value, const Codeset& codeset, const std::string&
             Fail(where + ".pronto", e.what());
         }
     } else {
-        key.scancode = U32(value["scancode"], where + ".scancode");
+        key.scancode = Unsigned(value["scancode"], where + ".scancode", UINT64_MAX);
         if ((key.scancode & ~ScancodeLimit(key.protocol)) != 0) {
             std::ostringstream limit;
             limit << "does not fit " << ProtocolName(key.protocol) << " (bits 0x" << std::hex
@@ -321,7 +144,8 @@ Codeset One(const JsonValue& entry, const std::string& path) {
     if (codeset.dutyCycle == 0) Fail(path + ".duty_cycle", "must be 1..100");
     if (!entry["repeats"].isNull()) codeset.repeats = U32(entry["repeats"], path + ".repeats", 8);
     if (codeset.protocol == Protocol::Aircon) {
-        codeset.frame = Frame(entry, path);
+        codeset.frame = CAcFormatReader::Read(entry, path);
+        if (!entry["family"].isNull()) codeset.family = Text(entry["family"], path + ".family");
     } else if (codeset.protocol == Protocol::AcStates) {
         States(entry, codeset, path);
     } else {

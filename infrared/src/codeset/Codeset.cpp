@@ -7,17 +7,20 @@ struct ProtocolWord {
     Protocol protocol;
     const char* name;
     bool kernel;
+    bool scancode;
 };
 
 const ProtocolWord kProtocols[] = {
-    {Protocol::Nec, "nec", true},       {Protocol::NecX, "necx", true},
-    {Protocol::Nec32, "nec32", true},   {Protocol::Rc5, "rc5", true},
-    {Protocol::Rc6Mode0, "rc6_0", true}, {Protocol::Sony12, "sony12", true},
-    {Protocol::Sony15, "sony15", true}, {Protocol::Sony20, "sony20", true},
-    {Protocol::Jvc, "jvc", true},       {Protocol::Sanyo, "sanyo", true},
-    {Protocol::Sharp, "sharp", true},   {Protocol::Raw, "raw", false},
-    {Protocol::Pronto, "pronto", false}, {Protocol::Aircon, "aircon", false},
-    {Protocol::AcStates, "ac_states", false},
+    {Protocol::Nec, "nec", true, true},          {Protocol::NecX, "necx", true, true},
+    {Protocol::Nec32, "nec32", true, true},      {Protocol::Rc5, "rc5", true, true},
+    {Protocol::Rc5x, "rc5x", true, true},        {Protocol::Rc6Mode0, "rc6_0", true, true},
+    {Protocol::Sony12, "sony12", true, true},    {Protocol::Sony15, "sony15", true, true},
+    {Protocol::Sony20, "sony20", true, true},    {Protocol::Jvc, "jvc", true, true},
+    {Protocol::Sanyo, "sanyo", true, true},      {Protocol::Sharp, "sharp", true, true},
+    {Protocol::Nec42, "nec42", false, true},     {Protocol::Kaseikyo, "kaseikyo", false, true},
+    {Protocol::Rca, "rca", false, true},         {Protocol::Pioneer, "pioneer", false, true},
+    {Protocol::Raw, "raw", false, false},        {Protocol::Pronto, "pronto", false, false},
+    {Protocol::Aircon, "aircon", false, false},   {Protocol::AcStates, "ac_states", false, false},
 };
 
 }  // namespace
@@ -42,6 +45,13 @@ bool ProtocolFromName(const std::string& name, Protocol& out) {
 bool HasKernelEncoder(Protocol protocol) {
     for (const auto& word : kProtocols) {
         if (word.protocol == protocol) return word.kernel;
+    }
+    return false;
+}
+
+bool HasScancode(Protocol protocol) {
+    for (const auto& word : kProtocols) {
+        if (word.protocol == protocol) return word.scancode;
     }
     return false;
 }

@@ -16,6 +16,10 @@ struct DistanceCode {
 constexpr DistanceCode kNec{9000, 4500, 563, 563, 1688, 563, 108000, 40000};
 constexpr DistanceCode kJvc{8400, 4200, 526, 526, 1578, 526, 60000, 20000};
 constexpr DistanceCode kSharp{0, 0, 320, 680, 1680, 320, 0, 40000};
+constexpr DistanceCode kKaseikyo{3456, 1728, 432, 432, 1296, 432, 0, 130000};
+constexpr DistanceCode kRca{4000, 4000, 500, 1000, 2000, 500, 0, 8000};
+// Pioneer's stop mark is a constant 0 bit whose space runs into the gap.
+constexpr DistanceCode kPioneer{8500, 4225, 500, 500, 1500, 500, 0, 26000};
 
 void Bits(CPulseWriter& w, const DistanceCode& c, std::uint64_t value, unsigned count) {
     for (unsigned i = 0; i < count; ++i) {
@@ -32,8 +36,8 @@ void DistanceFrame(CPulseWriter& w, const DistanceCode& c, std::uint64_t value, 
     w.EndFrame(c.period, c.minimumGap);
 }
 
-std::uint64_t NecBits(Protocol protocol, std::uint32_t sc) {
-    std::uint32_t a, na, cmd, ncmd;
+std::uint64_t NecBits(Protocol protocol, std::uint64_t sc) {
+    std::uint64_t a, na, cmd, ncmd;
     if (protocol == Protocol::Nec) {
         a = (sc >> 8) & 0xff;
         na = a ^ 0xff;
@@ -50,7 +54,28 @@ std::uint64_t NecBits(Protocol protocol, std::uint32_t sc) {
         cmd = sc & 0xff;
         ncmd = (sc >> 8) & 0xff;
     }
-    return a | na << 8 | cmd << 16 | static_cast<std::uint64_t>(ncmd) << 24;
+    return a | na << 8 | cmd << 16 | ncmd << 24;
+}
+
+// 26-bit address (low 13 bits first), 16-bit command (low byte first): 42 free bits.
+std::uint64_t Nec42Bits(std::uint64_t sc) { return (sc >> 16 & 0x3ffffff) | (sc & 0xffff) << 26; }
+
+// Kaseikyo: vendor, its nibble parity, genre 1 and 2, the 10-bit command, the id, then the XOR
+// of bytes 2 to 4. The scancode is the address (id << 24 | vendor << 8 | genre1 << 4 | genre2)
+// shifted up 16 bits over the command.
+std::uint64_t KaseikyoBits(std::uint64_t sc) {
+    const std::uint64_t address = sc >> 16 & 0x3ffffff, command = sc & 0x3ff;
+    const std::uint64_t vendor = address >> 8 & 0xffff, id = address >> 24 & 3;
+    const std::uint64_t parity = (vendor ^ vendor >> 4 ^ vendor >> 8 ^ vendor >> 12) & 0xf;
+    std::uint64_t bits = vendor | parity << 16 | (address >> 4 & 0xf) << 20 | (address & 0xf) << 24 | command << 28 | id << 38;
+    const std::uint64_t check = (bits >> 16 ^ bits >> 24 ^ bits >> 32) & 0xff;
+    return bits | check << 40;
+}
+
+// RCA: 4-bit address, 8-bit command, then both inverted.
+std::uint64_t RcaBits(std::uint64_t sc) {
+    const std::uint64_t address = sc >> 8 & 0xf, command = sc & 0xff;
+    return address | command << 4 | (address ^ 0xf) << 12 | (command ^ 0xff) << 16;
 }
 
 // Manchester: RC-5 sends 1 as space-mark, RC-6 as mark-space.
@@ -64,10 +89,10 @@ void Manchester(CPulseWriter& w, bool one, std::uint32_t half, bool markFirstFor
     }
 }
 
-void Rc5(CPulseWriter& w, std::uint32_t sc, bool toggle) {
+void Rc5(CPulseWriter& w, std::uint64_t sc, bool toggle) {
     constexpr std::uint32_t kHalf = 889;
-    const std::uint32_t address = (sc >> 8) & 0x1f;
-    const std::uint32_t command = sc & 0x7f;
+    const auto address = static_cast<std::uint32_t>(sc >> 8 & 0x1f);
+    const auto command = static_cast<std::uint32_t>(sc & 0x7f);
     // S1, S2 (the inverted seventh command bit), toggle, 5 address bits, 6 command bits.
     const std::uint32_t bits = 1u << 13 | ((command & 0x40) != 0 ? 0u : 1u) << 12 | (toggle ? 1u : 0u) << 11 |
                                address << 6 | (command & 0x3f);
@@ -75,7 +100,7 @@ void Rc5(CPulseWriter& w, std::uint32_t sc, bool toggle) {
     w.EndFrame(113778, 20000);
 }
 
-void Rc6Mode0(CPulseWriter& w, std::uint32_t sc, bool toggle) {
+void Rc6Mode0(CPulseWriter& w, std::uint64_t sc, bool toggle) {
     constexpr std::uint32_t kUnit = 444;
     w.Mark(6 * kUnit);
     w.Space(2 * kUnit);
@@ -87,10 +112,10 @@ void Rc6Mode0(CPulseWriter& w, std::uint32_t sc, bool toggle) {
 }
 
 // Sony: pulse-width code; a 1 is a long mark. Frames start every 45 ms.
-void Sony(CPulseWriter& w, Protocol protocol, std::uint32_t sc) {
-    const std::uint32_t command = sc & 0x7f;
-    const std::uint32_t address = (sc >> 16) & 0xff;
-    const std::uint32_t extension = (sc >> 8) & 0xff;
+void Sony(CPulseWriter& w, Protocol protocol, std::uint64_t sc) {
+    const std::uint64_t command = sc & 0x7f;
+    const std::uint64_t address = (sc >> 16) & 0xff;
+    const std::uint64_t extension = (sc >> 8) & 0xff;
     std::uint64_t bits = command;
     unsigned count = 7;
     if (protocol == Protocol::Sony12) {
@@ -117,14 +142,14 @@ void Sony(CPulseWriter& w, Protocol protocol, std::uint32_t sc) {
 std::uint32_t CKeyEncoder::FramesPerPress(Protocol protocol) {
     switch (protocol) {
         case Protocol::Sony12: case Protocol::Sony15: case Protocol::Sony20: return 3;
-        case Protocol::Sharp: return 2;
+        case Protocol::Sharp: case Protocol::Pioneer: return 2;
         default: return 1;
     }
 }
 
-PulseTrain CKeyEncoder::Encode(Protocol protocol, std::uint32_t sc, bool toggle, std::uint32_t repeats,
+PulseTrain CKeyEncoder::Encode(Protocol protocol, std::uint64_t sc, bool toggle, std::uint32_t repeats,
                                std::uint32_t carrier, std::uint32_t dutyCycle) {
-    if (!HasKernelEncoder(protocol)) {
+    if (!HasScancode(protocol)) {
         throw std::invalid_argument(std::string("no scancode encoder for ") + ProtocolName(protocol));
     }
     CPulseWriter w(carrier, dutyCycle);
@@ -150,13 +175,21 @@ PulseTrain CKeyEncoder::Encode(Protocol protocol, std::uint32_t sc, bool toggle,
             case Protocol::Sharp: {
                 // The second frame repeats the address with the command, expansion and check
                 // bits inverted, so a receiver can tell a frame from noise.
-                const std::uint32_t address = (sc >> 8) & 0x1f;
-                const std::uint32_t command = sc & 0xff;
+                const std::uint64_t address = (sc >> 8) & 0x1f;
+                const std::uint64_t command = sc & 0xff;
                 DistanceFrame(w, kSharp, address | command << 5 | 1u << 13, 15);
                 DistanceFrame(w, kSharp, address | (command ^ 0xff) << 5 | 1u << 14, 15);
                 break;
             }
-            case Protocol::Rc5: Rc5(w, sc, toggle); break;
+            case Protocol::Nec42: DistanceFrame(w, kNec, Nec42Bits(sc), 42); break;
+            case Protocol::Kaseikyo: DistanceFrame(w, kKaseikyo, KaseikyoBits(sc), 48); break;
+            case Protocol::Rca: DistanceFrame(w, kRca, RcaBits(sc), 24); break;
+            case Protocol::Pioneer:
+                for (std::uint32_t i = 0; i < FramesPerPress(protocol); ++i) {
+                    DistanceFrame(w, kPioneer, NecBits(Protocol::Nec, sc), 32);
+                }
+                break;
+            case Protocol::Rc5: case Protocol::Rc5x: Rc5(w, sc, toggle); break;
             case Protocol::Rc6Mode0: Rc6Mode0(w, sc, toggle); break;
             default:
                 for (std::uint32_t i = 0; i < FramesPerPress(protocol); ++i) Sony(w, protocol, sc);

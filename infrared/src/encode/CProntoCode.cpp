@@ -1,6 +1,8 @@
 #include "infrared/encode/CProntoCode.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
@@ -44,6 +46,27 @@ PulseTrain CProntoCode::Parse(const std::string& text, std::uint32_t dutyCycle) 
     train.trailingGap = train.durations.back();
     train.durations.pop_back();
     return train;
+}
+
+std::string CProntoCode::Format(const std::vector<std::uint32_t>& durations, std::uint32_t carrier,
+                                std::uint32_t gap) {
+    const double hz = carrier != 0 ? carrier : 38000;
+    const long frequencyWord = std::max(1L, std::lround(1e6 / (hz * kProntoClockMicroseconds)));
+    const double unit = frequencyWord * kProntoClockMicroseconds;
+    std::vector<long> words{0, frequencyWord, 0, 0};
+    const auto periods = [unit](double us) { return std::min(0xffffL, std::max(1L, std::lround(us / unit))); };
+    for (const std::uint32_t d : durations) words.push_back(periods(d));
+    if (durations.size() % 2 == 1) words.push_back(periods(std::max<std::uint32_t>(gap, 1)));
+    words[2] = std::min(0xffffL, static_cast<long>((words.size() - 4) / 2));
+    words.resize(4 + 2 * static_cast<std::size_t>(words[2]));
+    std::string out;
+    char word[8];
+    for (const long w : words) {
+        std::snprintf(word, sizeof word, "%04lX", static_cast<unsigned long>(w) & 0xffff);
+        if (!out.empty()) out += ' ';
+        out += word;
+    }
+    return out;
 }
 
 }  // namespace infrared

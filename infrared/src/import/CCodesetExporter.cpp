@@ -21,25 +21,33 @@ std::vector<const CodesetKey*> Frames(const Codeset& codeset) {
     return frames;
 }
 
-// The Flipper parsed signal of a kernel-layout scancode; false when the protocol has none.
+// The Flipper parsed signal of a scancode; false when the protocol has none.
 bool Parsed(const CodesetKey& key, FlipperSignal& s) {
-    const std::uint32_t code = key.scancode;
+    const std::uint64_t code = key.scancode;
+    const auto set = [&](const char* protocol, std::uint64_t address, std::uint64_t command) {
+        s.protocol = protocol;
+        s.address = static_cast<std::uint32_t>(address);
+        s.command = static_cast<std::uint32_t>(command);
+        return true;
+    };
     switch (key.protocol) {
-        case Protocol::Nec: s.protocol = "NEC", s.address = code >> 8, s.command = code & 0xff; return true;
-        case Protocol::NecX:
-            s.protocol = "NECext", s.address = (code >> 16) | ((code >> 8) & 0xff) << 8;
-            s.command = (code & 0xff) | (~code & 0xff) << 8;
-            return true;
-        case Protocol::Nec32: s.protocol = "NECext", s.address = code >> 16, s.command = code & 0xffff; return true;
-        case Protocol::Rc5:
-            s.protocol = (code & 0x40) != 0 ? "RC5X" : "RC5", s.address = code >> 8, s.command = code & 0x3f;
-            return true;
-        case Protocol::Rc6Mode0: s.protocol = "RC6", s.address = code >> 8, s.command = code & 0xff; return true;
-        case Protocol::Sony12: s.protocol = "SIRC", s.address = code >> 16, s.command = code & 0x7f; return true;
-        case Protocol::Sony15: s.protocol = "SIRC15", s.address = code >> 16, s.command = code & 0x7f; return true;
-        case Protocol::Sony20:
-            s.protocol = "SIRC20", s.address = (code >> 16) | ((code >> 8) & 0xff) << 5, s.command = code & 0x7f;
-            return true;
+        case Protocol::Nec: return set("NEC", code >> 8, code & 0xff);
+        case Protocol::NecX: return set("NECext", (code >> 16) | ((code >> 8) & 0xff) << 8, (code & 0xff) | (~code & 0xff) << 8);
+        case Protocol::Nec32: return set("NECext", code >> 16, code & 0xffff);
+        case Protocol::Nec42: {
+            const std::uint64_t a = code >> 16, c = code & 0xffff;
+            const bool plain = (a >> 13) == (~a & 0x1fff) && (c >> 8) == (~c & 0xff);
+            return plain ? set("NEC42", a & 0x1fff, c & 0xff) : set("NEC42ext", a, c);
+        }
+        case Protocol::Rc5: return set("RC5", code >> 8, code & 0x3f);
+        case Protocol::Rc5x: return set("RC5X", code >> 8, code & 0x3f);
+        case Protocol::Rc6Mode0: return set("RC6", code >> 8, code & 0xff);
+        case Protocol::Sony12: return set("SIRC", code >> 16, code & 0x7f);
+        case Protocol::Sony15: return set("SIRC15", code >> 16, code & 0x7f);
+        case Protocol::Sony20: return set("SIRC20", (code >> 16) | ((code >> 8) & 0xff) << 5, code & 0x7f);
+        case Protocol::Kaseikyo: return set("Kaseikyo", code >> 16, code & 0x3ff);
+        case Protocol::Rca: return set("RCA", code >> 8, code & 0xff);
+        case Protocol::Pioneer: return set("Pioneer", code >> 8, code & 0xff);
         default: return false;
     }
 }

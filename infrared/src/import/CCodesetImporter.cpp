@@ -2,9 +2,14 @@
 
 #include <cmath>
 #include <map>
+#include <memory>
 #include <sstream>
 
 #include "JsonValue.h"
+#include "infrared/codeset/CCodesetLibrary.h"
+#include "infrared/codeset/DefaultCodesets.h"
+#include "infrared/decode/CAcFrameDecoder.h"
+#include "infrared/decode/CFrameDecoder.h"
 #include "infrared/encode/CLircdEncoder.h"
 #include "infrared/formats/CFlipperIrFile.h"
 #include "infrared/formats/CFormatError.h"
@@ -20,7 +25,7 @@ std::string Quoted(const std::string& text) { return common::json::JsonValue(tex
 // What one button sends, as a codeset key's members.
 struct Frame {
     Protocol protocol = Protocol::Raw;
-    std::uint32_t scancode = 0;
+    std::uint64_t scancode = 0;
     std::vector<std::uint32_t> raw;
     std::uint32_t carrier = 0, dutyCycle = 0, gap = 0;
 
@@ -40,35 +45,95 @@ struct Frame {
     }
 };
 
-// The library's protocol and kernel-layout scancode for a Flipper parsed signal; false (and
-// why) for a protocol the library cannot send yet.
+// The library's protocol and scancode for a Flipper parsed signal (the kernel's layouts where
+// the kernel has the protocol); false (and why) for a protocol name it does not know.
 bool ParsedFrame(const FlipperSignal& s, Frame& out, std::string& why) {
-    const std::uint32_t a = s.address, c = s.command;
+    const std::uint64_t a = s.address, c = s.command;
     const std::string& p = s.protocol;
-    if (p == "NEC") {
-        out.protocol = Protocol::Nec, out.scancode = a << 8 | c;
-    } else if (p == "NECext" && (c >> 8) == (~c & 0xff)) {
-        out.protocol = Protocol::NecX, out.scancode = (a & 0xff) << 16 | (a >> 8) << 8 | (c & 0xff);
-    } else if (p == "NECext") {
-        out.protocol = Protocol::Nec32, out.scancode = a << 16 | c;
-    } else if (p == "RC5") {
-        out.protocol = Protocol::Rc5, out.scancode = a << 8 | c;
-    } else if (p == "RC5X") {
-        // The seventh command bit is not sent; the missing second start bit says "X".
-        out.protocol = Protocol::Rc5, out.scancode = a << 8 | 0x40 | (c & 0x3f);
-    } else if (p == "RC6") {
-        out.protocol = Protocol::Rc6Mode0, out.scancode = a << 8 | c;
-    } else if (p == "SIRC") {
-        out.protocol = Protocol::Sony12, out.scancode = a << 16 | c;
-    } else if (p == "SIRC15") {
-        out.protocol = Protocol::Sony15, out.scancode = a << 16 | c;
-    } else if (p == "SIRC20") {
-        out.protocol = Protocol::Sony20, out.scancode = (a & 0x1f) << 16 | (a >> 5) << 8 | c;
-    } else {
+    const auto set = [&](Protocol protocol, std::uint64_t scancode) {
+        out.protocol = protocol;
+        out.scancode = scancode;
+    };
+    if (p == "NEC") set(Protocol::Nec, a << 8 | c);
+    else if (p == "NECext" && (c >> 8) == (~c & 0xff)) set(Protocol::NecX, (a & 0xff) << 16 | (a >> 8) << 8 | (c & 0xff));
+    else if (p == "NECext") set(Protocol::Nec32, a << 16 | c);
+    // NEC42 sends the address and command each followed by its complement.
+    else if (p == "NEC42") set(Protocol::Nec42, (a | (~a & 0x1fff) << 13) << 16 | c | (~c & 0xff) << 8);
+    else if (p == "NEC42ext") set(Protocol::Nec42, a << 16 | c);
+    else if (p == "RC5") set(Protocol::Rc5, a << 8 | c);
+    // RC5X: the seventh command bit is not sent; the missing second start bit says "X".
+    else if (p == "RC5X") set(Protocol::Rc5x, a << 8 | 0x40 | (c & 0x3f));
+    else if (p == "RC6") set(Protocol::Rc6Mode0, a << 8 | c);
+    else if (p == "SIRC") set(Protocol::Sony12, a << 16 | c);
+    else if (p == "SIRC15") set(Protocol::Sony15, a << 16 | c);
+    else if (p == "SIRC20") set(Protocol::Sony20, (a & 0x1f) << 16 | (a >> 5) << 8 | c);
+    else if (p == "Kaseikyo") set(Protocol::Kaseikyo, a << 16 | c);
+    else if (p == "RCA") set(Protocol::Rca, a << 8 | c);
+    else if (p == "Pioneer") set(Protocol::Pioneer, a << 8 | c);
+    else {
         why = "protocol " + p + " not supported yet";
         return false;
     }
     return true;
+}
+
+// The decoders see captures against the shipped codesets (their air conditioners' formats).
+struct Decoders {
+    std::shared_ptr<const CCodesetLibrary> shipped = CCodesetLibrary::Parse(DefaultCodesetsText());
+    CFrameDecoder keys{shipped};
+};
+
+const Decoders& SharedDecoders() {
+    static const Decoders decoders;
+    return decoders;
+}
+
+// A raw capture that is one key of a protocol the library knows (copies of it allowed) becomes
+// that key; anything else stays raw.
+void Recognise(Frame& frame) {
+    Capture capture;
+    capture.durations = frame.raw;
+    capture.carrier = frame.carrier;
+    const auto decoded = SharedDecoders().keys.Decode(capture);
+    if (decoded.empty()) return;
+    for (const auto& d : decoded) {
+        if (d.kind != DecodedFrame::Kind::Key || d.protocol != decoded[0].protocol || d.scancode != decoded[0].scancode) {
+            return;
+        }
+    }
+    frame.protocol = decoded[0].protocol;
+    frame.scancode = decoded[0].scancode;
+    frame.raw.clear();
+}
+
+// The shipped air-conditioner codeset most of the captures are frames of, "" if none.
+std::string AcProtocol(const std::vector<std::vector<std::uint32_t>>& captures) {
+    std::map<std::string, std::size_t> hits;
+    for (const auto& codeset : SharedDecoders().shipped->Codesets()) {
+        if (codeset.protocol != Protocol::Aircon) continue;
+        for (const auto& capture : captures) {
+            if (CAcFrameDecoder::Decode(codeset, capture)) ++hits[codeset.name];
+        }
+    }
+    std::string best;
+    std::size_t most = 0;
+    for (const auto& [name, count] : hits) {
+        if (count > most) best = name, most = count;
+    }
+    return most * 2 > captures.size() ? best : std::string();
+}
+
+// The shipped codeset `shipped` under a new name, as a codesets-file entry.
+std::string RenamedShipped(const std::string& shipped, const std::string& name) {
+    const common::json::JsonValue root = common::json::JsonValue::Create(DefaultCodesetsText());
+    const common::json::JsonValue& list = root["codesets"];
+    for (unsigned i = 0; i < list.size(); ++i) {
+        if (list[i]["name"].asString() != shipped) continue;
+        common::json::JsonValue entry = list[i];
+        entry["name"] = name;
+        return entry.toString();
+    }
+    return "";
 }
 
 void RawFrame(const FlipperSignal& s, Frame& out) {
@@ -174,6 +239,7 @@ void ImportFlipper(const std::string& text, const std::string& file, const CCode
         std::string why;
         if (s.raw) {
             RawFrame(s, frame);
+            if (report.kind != ApplianceKind::Aircon) Recognise(frame);
         } else if (!ParsedFrame(s, frame, why)) {
             report.refused.push_back({file, s.line, "'" + s.name + "': " + why});
             continue;
@@ -181,6 +247,21 @@ void ImportFlipper(const std::string& text, const std::string& file, const CCode
         builder.Add(s.name, s.line, frame);
     }
     const std::string name = options.name.empty() ? CCodesetImporter::CodesetName(BaseName(file)) : options.name;
+    if (report.kind == ApplianceKind::Aircon) {
+        std::vector<std::vector<std::uint32_t>> captures;
+        for (const auto& s : signals) {
+            if (s.raw) captures.push_back(s.data);
+        }
+        report.acProtocol = captures.empty() ? std::string() : AcProtocol(captures);
+        if (!report.acProtocol.empty() && options.recognise) {
+            ImportedCodeset codeset;
+            codeset.name = name;
+            codeset.json = RenamedShipped(report.acProtocol, name);
+            report.codesets.push_back(codeset);
+            report.refused.clear();
+            return;
+        }
+    }
     if (!builder.Finish(name, "imported from " + BaseName(file) + ".ir", 0, 0)) {
         throw CFormatError(file, 0, "no signal of the file can be imported");
     }

@@ -16,7 +16,7 @@ std::uint16_t KernelProtocol(Protocol protocol) {
         case Protocol::Nec: return RC_PROTO_NEC;
         case Protocol::NecX: return RC_PROTO_NECX;
         case Protocol::Nec32: return RC_PROTO_NEC32;
-        case Protocol::Rc5: return RC_PROTO_RC5;
+        case Protocol::Rc5: case Protocol::Rc5x: return RC_PROTO_RC5;
         case Protocol::Rc6Mode0: return RC_PROTO_RC6_0;
         case Protocol::Sony12: return RC_PROTO_SONY12;
         case Protocol::Sony15: return RC_PROTO_SONY15;
@@ -123,8 +123,9 @@ std::chrono::microseconds CLircTransmitter::Transmit(const Transmission& t) {
     }
     // The kernel sends one frame per scancode and has no toggle bit to flip: protocols that need
     // several copies or a toggle (RC-5, RC-6) go as pulses.
-    const bool toggles = t.protocol == Protocol::Rc5 || t.protocol == Protocol::Rc6Mode0;
-    const bool kernelEncodes = scancodes_ && t.hasScancode && !toggles && CKeyEncoder::FramesPerPress(t.protocol) == 1;
+    const bool toggles = t.protocol == Protocol::Rc5 || t.protocol == Protocol::Rc5x || t.protocol == Protocol::Rc6Mode0;
+    const bool kernelEncodes = scancodes_ && t.hasScancode && HasKernelEncoder(t.protocol) && !toggles &&
+                               CKeyEncoder::FramesPerPress(t.protocol) == 1;
     const auto start = std::chrono::steady_clock::now();
     if (kernelEncodes) {
         setMode(LIRC_MODE_SCANCODE);

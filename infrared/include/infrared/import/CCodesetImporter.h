@@ -1,6 +1,6 @@
 // Turns remote files people already have into codesets: Flipper ".ir" files (parsed signals
 // become protocol keys where the library has the protocol, raw signals raw keys; air
-// conditioners a state table) and lircd.conf remotes (every button sends what lircd sends).
+// conditioners a state table, or the protocol codeset with `recognise`) and lircd.conf remotes (every button sends what lircd sends).
 // Never throws for a bad file: the file's error is in the result. Stateless.
 #pragma once
 
@@ -34,6 +34,8 @@ struct ImportedFile {
     std::string error;                     // "file:line: reason" when nothing can be imported
     std::vector<ImportedCodeset> codesets;
     std::vector<ImportRefusal> refused;    // single signals left out, each with its reason
+    std::string acProtocol;                // air conditioners: the shipped codeset whose frames
+                                           // the captures are ("" if none), offered by --recognise
 };
 
 class CCodesetImporter {
@@ -42,6 +44,7 @@ public:
         std::string name;          // codeset name; default from the file or the remote
         bool kindGiven = false;    // else taken from the path, fan when it says nothing
         ApplianceKind kind = ApplianceKind::Fan;
+        bool recognise = false;    // an AC file of a known protocol becomes that protocol's codeset
     };
 
     static constexpr std::size_t kMaxFileBytes = 4 * 1024 * 1024;

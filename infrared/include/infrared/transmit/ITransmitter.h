@@ -19,7 +19,7 @@ struct Transmission {
     PulseTrain train;             // always filled, also when a scancode can be sent
     bool hasScancode = false;     // the kernel may encode it instead
     Protocol protocol = Protocol::Nec;
-    std::uint32_t scancode = 0;
+    std::uint64_t scancode = 0;
 };
 
 // A transmitter that cannot be used or a transmission that failed; the message is for people.
