@@ -134,15 +134,15 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
 const std::vector<CommandInfo>& CCommandLine::Commands() {
     static const std::vector<CommandInfo> commands = {
         {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}, "",
-         CommandNeeds::Plugin, RunDemo},
+         CommandNeeds::Plugin, RunDemo, false, {}},
         {"key", "send one key to one appliance", FieldOptions(RequestKind::Key),
          "The service accepts a fixed set of key codes per appliance type (see 'devices');\n"
          "a key name is only looked up in the key map to find its code.\n",
-         CommandNeeds::Plugin, RunRequest},
-        {"ac", "send an air-conditioner state", FieldOptions(RequestKind::Ac), "", CommandNeeds::Plugin, RunRequest},
-        {"set", "set any property to any text", FieldOptions(RequestKind::Set), "", CommandNeeds::Plugin, RunRequest},
+         CommandNeeds::Plugin, RunRequest, false, {}},
+        {"ac", "send an air-conditioner state", FieldOptions(RequestKind::Ac), "", CommandNeeds::Plugin, RunRequest, false, {}},
+        {"set", "set any property to any text", FieldOptions(RequestKind::Set), "", CommandNeeds::Plugin, RunRequest, false, {}},
         {"devices", "list the paired appliances: the keys the service accepts and the key maps", {}, "",
-         CommandNeeds::Platform, RunDevices},
+         CommandNeeds::Platform, RunDevices, false, {}},
         {"serve", "read requests as JSON lines on stdin, write JSON lines about them", {},
          "Each input line is one JSON object:\n"
          "  \"command\"  key, ac, set or devices (required)\n"
@@ -153,7 +153,7 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "a line that cannot be used gets {\"line\",\"id\",\"error\"}. A request that had no answer\n"
          "in time gets a second object with \"late\":true once its answer or transmissions come.\n"
          "Exit status: 0 when every line was usable and answered ok in time, 1 otherwise.\n",
-         CommandNeeds::Plugin, RunServe},
+         CommandNeeds::Plugin, RunServe, false, {}},
         {"web", "serve a web remote: the page, a JSON API and a live event stream (Ctrl-C stops)",
          {{"listen", "ADDRESS:PORT to serve on (default 127.0.0.1:8088; port 0 picks a free one)"}},
          "Open the printed address in a browser. The API, JSON in and out:\n"
@@ -162,7 +162,19 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "  GET, PUT /api/devices  the pairing list, accepted keys and key maps\n"
          "  GET /api/events  a live stream (Server-Sent Events) of requests, log lines, transmissions, answers\n"
          "Only requests whose Host and Origin name the served address are taken. Ctrl-C stops.\n",
-         CommandNeeds::Plugin, RunWeb},
+         CommandNeeds::Plugin, RunWeb, false, {}},
+        {"import", "turn Flipper .ir files and lircd.conf remotes into codesets: import FILE... --codesets OUT",
+         {{"name", "CODESET name (one FILE; default: the file's or the remote's name)"},
+          {"type", "fan, purifier, humidifier, cleaner or ac (default: from the path, else fan)"},
+          {"recognise", "an air conditioner whose captures are frames of a known protocol becomes that codeset"}},
+         "Keys get the key codes of the table in docs/codesets.md; other buttons get free codes, listed.\n"
+         "An air conditioner's captures become a state table (one frame per state its name says).\n"
+         "OUT is written only when every FILE can be imported, atomically; a refused signal is listed\n"
+         "with file:line and its reason. Exit status: 0 imported, 1 a file refused, 2 a usage mistake.\n",
+         CommandNeeds::Nothing, RunImport, true, {"recognise"}},
+        {"export", "write a codeset for other tools: export --codesets FILE --codeset NAME --format lircd|flipper",
+         {{"codeset", "NAME of the codeset to write"}, {"format", "lircd (a raw_codes remote) or flipper (.ir)"}},
+         "The file goes to standard output.\n", CommandNeeds::Nothing, RunExport, false, {}},
     };
     return commands;
 }
@@ -205,6 +217,8 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
                     fail("unknown command '" + arg + "'" + (hint.empty() ? "" : " (did you mean " + hint + "?)") +
                          " (try --help)");
                 }
+            } else if (const CommandInfo* info = FindCommand(options.command); info != nullptr && info->takesArguments) {
+                options.arguments.push_back(arg);
             } else {
                 fail("unexpected argument '" + arg + "'");
             }
@@ -219,6 +233,13 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
         if (global == Globals().end() && !commandOption) {
             const std::string hint = Nearest(name, known);
             fail("unknown option --" + name + (hint.empty() ? "" : " (did you mean --" + hint + "?)"));
+            continue;
+        }
+        bool commandFlag = false;
+        for (const auto& c : Commands()) commandFlag = commandFlag || std::find(c.flags.begin(), c.flags.end(), name) != c.flags.end();
+        if (commandFlag && global == Globals().end()) {
+            if (value) fail("option --" + name + " takes no value");
+            options.values[name] = "true";
             continue;
         }
         const bool flag = global != Globals().end() && global->placeholder.empty();

@@ -28,7 +28,8 @@ struct Options {
     bool version = false;
     int irDelayMs = 0;
     int timeoutMs = 2000;
-    std::map<std::string, std::string> values;  // the subcommand's --name value pairs
+    std::map<std::string, std::string> values;  // the subcommand's --name value pairs ("true" for a flag)
+    std::vector<std::string> arguments;        // words after the command (import's files)
     std::string error;                         // set when the command line is unusable
 };
 
@@ -56,6 +57,8 @@ struct CommandInfo {
     std::string details;                                        // more text for its --help
     CommandNeeds needs = CommandNeeds::Plugin;
     int (*run)(CommandContext& context) = nullptr;
+    bool takesArguments = false;              // words after the command are its arguments
+    std::vector<std::string> flags;           // its options that take no value
 };
 
 class CCommandLine {

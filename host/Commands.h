@@ -12,5 +12,7 @@ int RunRequest(CommandContext& context);  // key, ac and set: one request from t
 int RunDevices(CommandContext& context);  // the pairing list, accepted keys and key maps
 int RunServe(CommandContext& context);    // JSON lines on stdin
 int RunWeb(CommandContext& context);      // the web remote, until Ctrl-C
+int RunImport(CommandContext& context);   // remote files people have -> codesets
+int RunExport(CommandContext& context);   // a codeset -> lircd.conf or .ir
 
 }  // namespace ircontrol::host
