@@ -53,7 +53,7 @@ TEST(CCodesetImporter, FlipperSignalsBecomeProtocolOrRawKeysWithTableCodes) {
     struct Want { const char* name; int code; Protocol protocol; std::uint64_t scancode; };
     const Want wants[] = {
         {"POWER", 10, Protocol::Nec, 0x0408},        {"Speed+", 11, Protocol::NecX, 0x82211f},
-        {"Fan_down", 12, Protocol::Nec32, 0x21823412}, {"Oscillate", 13, Protocol::Rc5x, 0x1350},
+        {"Fan_down", 12, Protocol::Nec32, 0x21823412}, {"Oscillate", 13, Protocol::Rc5, 0x1350},
         {"Timer", 14, Protocol::Kaseikyo, 0x325441001bULL}, {"POWER_2", 1001, Protocol::Sony20, 0x157d53},
     };
     for (const auto& want : wants) {

@@ -39,7 +39,7 @@ bool Parsed(const CodesetKey& key, FlipperSignal& s) {
             const bool plain = (a >> 13) == (~a & 0x1fff) && (c >> 8) == (~c & 0xff);
             return plain ? set("NEC42", a & 0x1fff, c & 0xff) : set("NEC42ext", a, c);
         }
-        case Protocol::Rc5: return set("RC5", code >> 8, code & 0x3f);
+        case Protocol::Rc5: return set((code & 0x40) != 0 ? "RC5X" : "RC5", code >> 8, code & 0x3f);
         case Protocol::Rc5x: return set("RC5X", code >> 8, code & 0x3f);
         case Protocol::Rc6Mode0: return set("RC6", code >> 8, code & 0xff);
         case Protocol::Sony12: return set("SIRC", code >> 16, code & 0x7f);
@@ -62,14 +62,19 @@ std::string CCodesetExporter::ToLircd(const Codeset& codeset) {
     remote.dutyCycle = codeset.dutyCycle;
     remote.gap = UINT32_MAX;
     for (const CodesetKey* key : Frames(codeset)) {
-        Transmission t;
-        CIrBackend::EncodeFrame(codeset, *key, false, t);
-        LircButton button;
-        button.name = key->name;
-        button.durations = t.train.durations;
-        remote.buttons.push_back(std::move(button));
-        // lircd takes the shortest silence after a signal as its end.
-        remote.gap = std::min(remote.gap, std::max<std::uint32_t>(t.train.trailingGap, 1));
+        // A toggling protocol sends one of two frames per press: both are written under the key's name.
+        const bool toggles = key->protocol == Protocol::Rc5 || key->protocol == Protocol::Rc5x || key->protocol == Protocol::Rc6Mode0;
+        for (const bool toggle : {false, true}) {
+            if (toggle && !toggles) break;
+            Transmission t;
+            CIrBackend::EncodeFrame(codeset, *key, toggle, t);
+            LircButton button;
+            button.name = key->name;
+            button.durations = t.train.durations;
+            remote.buttons.push_back(std::move(button));
+            // lircd takes the shortest silence after a signal as its end.
+            remote.gap = std::min(remote.gap, std::max<std::uint32_t>(t.train.trailingGap, 1));
+        }
     }
     if (remote.buttons.empty()) throw std::invalid_argument("codeset " + codeset.name + " has no keys");
     return CLircdConf::Write({remote});

@@ -61,8 +61,9 @@ bool ParsedFrame(const FlipperSignal& s, Frame& out, std::string& why) {
     else if (p == "NEC42") set(Protocol::Nec42, (a | (~a & 0x1fff) << 13) << 16 | c | (~c & 0xff) << 8);
     else if (p == "NEC42ext") set(Protocol::Nec42, a << 16 | c);
     else if (p == "RC5") set(Protocol::Rc5, a << 8 | c);
-    // RC5X: the seventh command bit is not sent; the missing second start bit says "X".
-    else if (p == "RC5X") set(Protocol::Rc5x, a << 8 | 0x40 | (c & 0x3f));
+    // RC5X: the seventh command bit is not sent; the missing second start bit says "X". Stored
+    // as rc5 with that bit, which the kernel's rc5 encoder also sends.
+    else if (p == "RC5X") set(Protocol::Rc5, a << 8 | 0x40 | (c & 0x3f));
     else if (p == "RC6") set(Protocol::Rc6Mode0, a << 8 | c);
     else if (p == "SIRC") set(Protocol::Sony12, a << 16 | c);
     else if (p == "SIRC15") set(Protocol::Sony15, a << 16 | c);
