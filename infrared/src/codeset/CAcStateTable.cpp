@@ -23,7 +23,11 @@ double Distance(const AcStateEntry& entry, const AcState& state, bool setpointGi
 
 std::string Describe(const AcState& state) {
     if (state.power == "off") return "off";
-    return "on " + state.mode + " " + state.setpoint + " " + state.fan;
+    std::string out = "on";
+    for (const std::string* word : {&state.mode, &state.setpoint, &state.fan}) {
+        if (!word->empty()) out += " " + *word;
+    }
+    return out;
 }
 
 }  // namespace
