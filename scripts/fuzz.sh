@@ -16,8 +16,8 @@ bash scripts/install-deps.sh
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DIRC_BUILD_FUZZ=ON -DIRC_BUILD_TESTS=OFF -DIRC_BUILD_BENCH=OFF \
   -DIRC_SANITIZE=address,undefined >/dev/null
-cmake --build build-fuzz -j 2 --target fuzz_json fuzz_key_event fuzz_serve_line
-for target in json key_event serve_line; do
+cmake --build build-fuzz -j 2 --target fuzz_json fuzz_key_event fuzz_serve_line fuzz_flipper_ir fuzz_lircd_conf
+for target in json key_event serve_line flipper_ir lircd_conf; do
   mkdir -p "fuzz-corpus/$target"
   echo "fuzz_$target: $seconds s"
   (cd build-fuzz && ASAN_OPTIONS=detect_leaks=1 ./bin/fuzz_$target -max_total_time="$seconds" \
