@@ -2,45 +2,26 @@
 // parsing, key tables, raw-capture recognition and the codesets-file check, without disk reads.
 #include <benchmark/benchmark.h>
 
-#include <dirent.h>
-#include <sys/stat.h>
-
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "FileTree.h"
 #include "infrared/codeset/CCodesetLibrary.h"
 #include "infrared/import/CCodesetImporter.h"
 
 namespace {
 
-void Collect(const std::string& dir, std::vector<std::pair<std::string, std::string>>& out) {
-    DIR* handle = opendir(dir.c_str());
-    if (handle == nullptr) return;
-    std::vector<std::string> names;
-    while (const dirent* entry = readdir(handle)) names.emplace_back(entry->d_name);
-    closedir(handle);
-    for (const auto& name : names) {
-        if (name == "." || name == "..") continue;
-        const std::string path = dir + "/" + name;
-        struct stat info {};
-        if (stat(path.c_str(), &info) != 0) continue;
-        if (S_ISDIR(info.st_mode)) {
-            Collect(path, out);
-        } else if (name.size() > 3 && name.compare(name.size() - 3, 3, ".ir") == 0) {
-            std::ifstream in(path, std::ios::binary);
-            std::ostringstream text;
-            text << in.rdbuf();
-            out.emplace_back(path, text.str());
-        }
+std::vector<std::pair<std::string, std::string>> SampleFiles() {
+    std::vector<std::pair<std::string, std::string>> files;
+    for (const auto& path : irtest::FilesUnder(IRC_SOURCE_DIR "/../shared/ir/irdb", ".ir")) {
+        files.emplace_back(path, irtest::ReadText(path));
     }
+    return files;
 }
 
 void BM_Import_SharedSample(benchmark::State& state) {
-    std::vector<std::pair<std::string, std::string>> files;
-    Collect(IRC_SOURCE_DIR "/../shared/ir/irdb", files);
+    const auto files = SampleFiles();
     if (files.empty()) {
         state.SkipWithError("the shared IR sample (../shared/ir/irdb) is absent");
         return;

@@ -6,16 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "FileTree.h"
 #include "IrsimReceive.h"
 #include "infrared/codeset/CCodesetLibrary.h"
 
 namespace irtest {
-
-// Regular files under `dir` (recursively) whose name contains `part`, sorted.
-std::vector<std::string> FilesUnder(const std::string& dir, const std::string& part);
-
-std::string ReadText(const std::string& path);
-void WriteText(const std::string& path, const std::string& text);
 
 // A library of the given codesets-file entries (JSON texts).
 std::shared_ptr<const infrared::CCodesetLibrary> Library(const std::vector<std::string>& codesets);
