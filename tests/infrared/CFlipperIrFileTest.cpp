@@ -102,6 +102,9 @@ TEST(CFlipperIrFile, RefusesHostileFilesNamingFileAndLine) {
         {kHeader + "name: R\ntype: raw\nfrequency: 38000\nduty_cycle: 0.3x\ndata: 1\n", 6, "duty_cycle"},
         {kHeader + std::string("name: R\ntype: r\0aw\n", 20), 4, "binary"},
         {std::string("\x7f" "ELF\x02\x01\x01\0\0\0", 10), 1, "binary"},
+        {kHeader + "name: Sp\xe5" "ed\n", 3, "not UTF-8"},
+        {kHeader + "name: \xc0\xaf\n", 3, "not UTF-8"},  // an overlong '/'
+        {kHeader + "name: \xed\xa0\x80\n", 3, "not UTF-8"},  // a surrogate
     };
     for (const auto& c : cases) {
         try {

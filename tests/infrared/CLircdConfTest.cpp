@@ -97,6 +97,8 @@ TEST(CLircdConf, RefusesHostileFilesNamingFileAndLine) {
         {"begin remote\n  name r\n  flags RAW_CODES\n  begin raw_codes\n    name a\n    100 0 100\n", 6, "duration of 0"},
         {"begin remote\n  name r\n  begin raw_codes\n", 3, "needs flags RAW_CODES"},
         {"include \"/etc/passwd\"\n", 1, "include"},
+        {head + "  begin codes\n    Vol\xfc 1\n", 7, "not UTF-8"},
+        {"begin remote\n  name f\xe8te\n", 2, "not UTF-8"},
         {head + std::string("  na\0me x\n", 10), 6, "binary"},
         {manyRemotes, 1 + 9 * CLircdConf::kMaxRemotes, "more than 256 remotes"},
     };

@@ -149,7 +149,8 @@ void CFrameDecoder::decode_burst(const std::vector<std::uint32_t>& d, std::size_
             frame.protocol = out.back().protocol;
             frame.scancode = out.back().scancode;
         }
-        if (PioneerPair(out, before, frame, d[i - 1])) {
+        // A frame at the start of the capture has no space before it (d[i - 1] would be outside).
+        if (PioneerPair(out, before, frame, i > 0 ? d[i - 1] : UINT32_MAX)) {
             out.back().protocol = frame.protocol = Protocol::Pioneer;
         }
         out.push_back(std::move(frame));

@@ -67,6 +67,7 @@ public:
         };
         if (key == "name") {
             count(1, 1);
+            if (!IsUtf8(w[1])) Fail("the name is not UTF-8 text");
             r.name = w[1];
         } else if (key == "flags") {
             Flags(r, w);
@@ -227,12 +228,14 @@ std::vector<LircRemote> CLircdConf::Parse(const std::string& text, const std::st
         LircButton& b = r.buttons.back();
         if (in == In::Codes) {
             if (w.size() < 2 || w.size() > 5) reader.Fail("expected \"NAME CODE\"");
+            if (!IsUtf8(w[0])) reader.Fail("the name is not UTF-8 text");
             b.name = w[0];
             for (std::size_t i = 1; i < w.size(); ++i) b.codes.push_back(reader.Number(w[i], UINT64_MAX, b.name));
             continue;
         }
         if (startsButton) {
             if (w.size() != 2) reader.Fail("expected \"name NAME\"");
+            if (!IsUtf8(w[1])) reader.Fail("the name is not UTF-8 text");
             b.name = w[1];
             continue;
         }
