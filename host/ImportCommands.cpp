@@ -84,6 +84,37 @@ void PrintText(std::ostream& out, const JsonValue& result) {
         << " refused; " << result["outcome"].asString() << "\n";
 }
 
+// Imports every file: the run's result (without its outcome), the codesets to write and how
+// many files could not be imported.
+JsonValue ImportAll(const std::vector<std::string>& paths, const infrared::CCodesetImporter::Options& options,
+                    std::vector<std::string>& codesets, unsigned& failed) {
+    JsonValue result(common::json::kObject);
+    result["command"] = "import";
+    result["recognise"] = options.recognise;
+    JsonValue& files = result["files"];
+    files = JsonValue(common::json::kArray);
+    unsigned protocolKeys = 0, rawKeys = 0, states = 0, refused = 0;
+    for (const auto& path : paths) {
+        const infrared::ImportedFile file = infrared::CCodesetImporter::ImportFile(path, options);
+        failed += file.error.empty() ? 0 : 1;
+        refused += static_cast<unsigned>(file.refused.size());
+        for (const auto& c : file.codesets) {
+            codesets.push_back(c.json);
+            protocolKeys += static_cast<unsigned>(c.protocolKeys);
+            rawKeys += static_cast<unsigned>(c.rawKeys);
+            states += static_cast<unsigned>(c.acStates);
+        }
+        files.append(FileResult(file));
+    }
+    JsonValue& total = result["total"];
+    total["files"] = static_cast<unsigned>(paths.size());
+    total["protocol_keys"] = protocolKeys;
+    total["raw_keys"] = rawKeys;
+    total["ac_states"] = states;
+    total["refused"] = refused;
+    return result;
+}
+
 }  // namespace
 
 int RunImport(CommandContext& context) {
@@ -102,31 +133,9 @@ int RunImport(CommandContext& context) {
         }
         options.kindGiven = true;
     }
-    JsonValue result(common::json::kObject);
-    result["command"] = "import";
-    result["recognise"] = options.recognise;
-    JsonValue& files = result["files"];
-    files = JsonValue(common::json::kArray);
     std::vector<std::string> codesets;
-    unsigned protocolKeys = 0, rawKeys = 0, states = 0, refused = 0, failed = 0;
-    for (const auto& path : o.arguments) {
-        const infrared::ImportedFile file = infrared::CCodesetImporter::ImportFile(path, options);
-        failed += file.error.empty() ? 0 : 1;
-        refused += static_cast<unsigned>(file.refused.size());
-        for (const auto& c : file.codesets) {
-            codesets.push_back(c.json);
-            protocolKeys += static_cast<unsigned>(c.protocolKeys);
-            rawKeys += static_cast<unsigned>(c.rawKeys);
-            states += static_cast<unsigned>(c.acStates);
-        }
-        files.append(FileResult(file));
-    }
-    JsonValue& total = result["total"];
-    total["files"] = static_cast<unsigned>(o.arguments.size());
-    total["protocol_keys"] = protocolKeys;
-    total["raw_keys"] = rawKeys;
-    total["ac_states"] = states;
-    total["refused"] = refused;
+    unsigned failed = 0;
+    JsonValue result = ImportAll(o.arguments, options, codesets, failed);
     int status = 0;
     if (failed > 0) {
         result["outcome"] = out + " left as it was: " + std::to_string(failed) + " file(s) cannot be imported";

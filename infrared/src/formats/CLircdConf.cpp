@@ -139,6 +139,31 @@ public:
         }
     }
 
+    // A line inside "begin codes" ("NAME CODE...") or "begin raw_codes" ("name NAME" or durations).
+    void ListLine(LircRemote& r, bool codes, const std::vector<std::string>& w, std::size_t number) {
+        const bool startsButton = codes || w[0] == "name";
+        if (startsButton) {
+            if (r.buttons.size() == CLircdConf::kMaxButtons) Fail("more than " + std::to_string(CLircdConf::kMaxButtons) + " buttons");
+            r.buttons.emplace_back();
+            r.buttons.back().line = number;
+        } else if (r.buttons.empty()) {
+            Fail("raw durations before the first name");
+        }
+        LircButton& b = r.buttons.back();
+        if (startsButton) {
+            if (codes ? (w.size() < 2 || w.size() > 5) : w.size() != 2) Fail(codes ? "expected \"NAME CODE\"" : "expected \"name NAME\"");
+            b.name = codes ? w[0] : w[1];
+            if (!IsUtf8(b.name)) Fail("the name is not UTF-8 text");
+            for (std::size_t i = 1; codes && i < w.size(); ++i) b.codes.push_back(Number(w[i], UINT64_MAX, b.name));
+            return;
+        }
+        for (const auto& word : w) {
+            if (b.durations.size() == CLircdConf::kMaxRawValues) Fail("more than " + std::to_string(CLircdConf::kMaxRawValues) + " durations");
+            b.durations.push_back(Duration(word, b.name));
+            if (b.durations.back() == 0) Fail(b.name + ": a duration of 0");
+        }
+    }
+
 private:
     void Flags(LircRemote& r, const std::vector<std::string>& w) {
         std::string all;
@@ -217,33 +242,7 @@ std::vector<LircRemote> CLircdConf::Parse(const std::string& text, const std::st
             continue;
         }
         if (begin) reader.Fail("unexpected \"begin " + w[1] + "\"");
-        const bool startsButton = in == In::Codes || w[0] == "name";
-        if (startsButton) {
-            if (r.buttons.size() == kMaxButtons) reader.Fail("more than " + std::to_string(kMaxButtons) + " buttons");
-            r.buttons.emplace_back();
-            r.buttons.back().line = number;
-        } else if (r.buttons.empty()) {
-            reader.Fail("raw durations before the first name");
-        }
-        LircButton& b = r.buttons.back();
-        if (in == In::Codes) {
-            if (w.size() < 2 || w.size() > 5) reader.Fail("expected \"NAME CODE\"");
-            if (!IsUtf8(w[0])) reader.Fail("the name is not UTF-8 text");
-            b.name = w[0];
-            for (std::size_t i = 1; i < w.size(); ++i) b.codes.push_back(reader.Number(w[i], UINT64_MAX, b.name));
-            continue;
-        }
-        if (startsButton) {
-            if (w.size() != 2) reader.Fail("expected \"name NAME\"");
-            if (!IsUtf8(w[1])) reader.Fail("the name is not UTF-8 text");
-            b.name = w[1];
-            continue;
-        }
-        for (const auto& word : w) {
-            if (b.durations.size() == kMaxRawValues) reader.Fail("more than " + std::to_string(kMaxRawValues) + " durations");
-            b.durations.push_back(reader.Duration(word, b.name));
-            if (b.durations.back() == 0) reader.Fail(b.name + ": a duration of 0");
-        }
+        reader.ListLine(r, in == In::Codes, w, number);
     }
     if (in != In::Outside) reader.Fail("the file ends inside a remote");
     if (remotes.empty()) reader.Fail("no remote in the file");
