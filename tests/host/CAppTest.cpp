@@ -9,28 +9,13 @@
 #include <sstream>
 
 #include "JsonValue.h"
+#include "RunApp.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
-
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-Outcome RunApp(std::vector<std::string> args, const std::string& input = "") {
-    args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
-    Options options = CCommandLine::Parse(args);
-    EXPECT_EQ(options.error, "");
-    std::istringstream in(input);
-    std::ostringstream out, err;
-    const int status = CApp(options, in, out, err).Run();
-    return {status, out.str(), err.str()};
-}
 
 std::string ReadFile(const std::string& path) {
     std::ifstream in(path);
@@ -40,13 +25,13 @@ std::string ReadFile(const std::string& path) {
 }
 
 TEST(CAppTest, DemoMatchesTheGoldenOutput) {
-    const Outcome run = RunApp({"demo"});
+    const ToolRun run = RunApp({"demo"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, ReadFile(std::string(IRC_SOURCE_DIR) + "/tests/host/golden/demo.txt"));
 }
 
 TEST(CAppTest, KeyReportsWhatTheBlasterSent) {
-    const Outcome run = RunApp({"--json", "key", "--type", "oic.d.robotcleaner", "--key", "28"});
+    const ToolRun run = RunApp({"--json", "key", "--type", "oic.d.robotcleaner", "--key", "28"});
     EXPECT_EQ(run.status, 0) << run.err;
     const JsonValue line = JsonValue::Create(run.out);
     EXPECT_EQ(line["answer"]["errorCode"].asString(), "ok");
@@ -62,19 +47,19 @@ TEST(CAppTest, KeyReportsWhatTheBlasterSent) {
 }
 
 TEST(CAppTest, RefusedAndUnansweredRequestsExitNonZeroWithTheirReason) {
-    const Outcome refused = RunApp({"key", "--type", "fan", "--key", "39"});
+    const ToolRun refused = RunApp({"key", "--type", "fan", "--key", "39"});
     EXPECT_EQ(refused.status, 1);
     EXPECT_NE(refused.out.find("reason: unsupported key (code 5)"), std::string::npos) << refused.out;
     EXPECT_EQ(refused.err, "ircontrol-host: refused: unsupported key (code 5)\n");
-    const Outcome json = RunApp({"--json", "key", "--type", "fan", "--key", "39"});
+    const ToolRun json = RunApp({"--json", "key", "--type", "fan", "--key", "39"});
     EXPECT_EQ(JsonValue::Create(json.out)["reason"].asString(), "unsupported key (code 5)");
     // Left unanswered on purpose: said so, not blamed on the timeout.
-    const Outcome silent = RunApp({"--timeout", "200", "set", "--value", R"({"x.com.korvan.codesetKey":1})"});
+    const ToolRun silent = RunApp({"--timeout", "200", "set", "--value", R"({"x.com.korvan.codesetKey":1})"});
     EXPECT_EQ(silent.status, 1);
     EXPECT_NE(silent.out.find("unanswered reason: no \"x.com.korvan.deviceType\" in the payload"), std::string::npos)
         << silent.out;
     EXPECT_EQ(silent.out.find("within"), std::string::npos) << silent.out;
-    const Outcome ac = RunApp({"ac", "--mode", "HEAT", "--setpoint", "-5"});
+    const ToolRun ac = RunApp({"ac", "--mode", "HEAT", "--setpoint", "-5"});
     EXPECT_EQ(ac.status, 0);
     EXPECT_NE(ac.out.find("aircon  #5 mode=heat power=on setpoint=-5 fan=auto"), std::string::npos);
 }
@@ -92,7 +77,7 @@ TEST(CAppTest, UserMistakesGetAClearMessage) {
          std::string("cannot read --devices file ") + IRC_BINARY_DIR + ": it is a directory"},
     };
     for (const auto& [args, message] : cases) {
-        const Outcome run = RunApp(args);
+        const ToolRun run = RunApp(args);
         EXPECT_EQ(run.status, 2) << message;
         EXPECT_EQ(run.err, "ircontrol-host: " + message + "\n");
     }
@@ -106,7 +91,7 @@ TEST(CAppTest, UserMistakesGetAClearMessage) {
 TEST(CAppTest, PairingFileReplacesTheDefaults) {
     const std::string path = std::string(IRC_BINARY_DIR) + "/test_host_pairing.json";
     std::ofstream(path) << R"({"dev_info":[{"codeset":"MYFAN","device_index":9,"type":"oic.d.fan"}]})";
-    const Outcome run = RunApp({"--devices", path, "key", "--type", "fan", "--key", "10"});
+    const ToolRun run = RunApp({"--devices", path, "key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("hdevice #9 key 10"), std::string::npos);
     std::ofstream(path) << "[]";
@@ -122,7 +107,7 @@ std::vector<JsonValue> Lines(const std::string& out) {
 }
 
 TEST(CAppTest, ServeAnswersEachLineInOrderWithItsNumberAndId) {
-    const Outcome run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13,\"id\":\"p\"}\n"
+    const ToolRun run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13,\"id\":\"p\"}\n"
                                       "not json\n\n"
                                       "{\"command\":\"ac\",\"fan\":\"TURBO\",\"id\":7}\n"
                                       "{\"command\":\"set\",\"name\":\"setDeviceEvent\",\"value\":\"{}\"}\n"
@@ -172,7 +157,7 @@ TEST(CAppTest, ServeExitsZeroOnlyWhenEveryLineWasAnsweredOk) {
 TEST(CAppTest, ServeShowsALateTransmissionUnderItsOwnRequest) {
     // On air longer than the timeout: every answer is late and the third key goes on air only
     // after its request timed out.
-    const Outcome run = RunApp({"--ir-delay", "300", "--timeout", "100", "serve"},
+    const ToolRun run = RunApp({"--ir-delay", "300", "--timeout", "100", "serve"},
                                "{\"command\":\"key\",\"type\":\"fan\",\"key\":10}\n"
                                "{\"command\":\"key\",\"type\":\"fan\",\"key\":11}\n"
                                "{\"command\":\"key\",\"type\":\"fan\",\"key\":12}\n"
@@ -200,7 +185,7 @@ TEST(CAppTest, ServeShowsALateTransmissionUnderItsOwnRequest) {
 }
 
 TEST(CAppTest, ASingleRequestWaitsForWhatComesLateAndStillFails) {
-    const Outcome run = RunApp({"--ir-delay", "300", "--timeout", "50", "key", "--type", "fan", "--key", "11"});
+    const ToolRun run = RunApp({"--ir-delay", "300", "--timeout", "50", "key", "--type", "fan", "--key", "11"});
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.out.find("no answer hdevice #1 key 11"), std::string::npos) << run.out;
     const std::size_t late = run.out.find("late for transaction ");
@@ -210,7 +195,7 @@ TEST(CAppTest, ASingleRequestWaitsForWhatComesLateAndStillFails) {
 }
 
 TEST(CAppTest, DevicesShowsTheAcceptedKeysBesideTheKeyMaps) {
-    const Outcome run = RunApp({"--json", "devices"});
+    const ToolRun run = RunApp({"--json", "devices"});
     const std::vector<JsonValue> devices = Lines(run.out);
     ASSERT_EQ(devices.size(), 5u);
     for (std::size_t i = 0; i < devices.size(); ++i) EXPECT_EQ(devices[i]["deviceIndex"].asInt(), static_cast<int>(i + 1));
@@ -218,28 +203,28 @@ TEST(CAppTest, DevicesShowsTheAcceptedKeysBesideTheKeyMaps) {
     EXPECT_EQ(devices[0]["keyMap"]["speed_up"].asInt(), 11);
     EXPECT_EQ(devices[3]["acceptedKeys"].toString(), "[10,28,39]");
     EXPECT_EQ(devices[4]["acceptedKeys"].size(), 0u);
-    const Outcome human = RunApp({"devices"});
+    const ToolRun human = RunApp({"devices"});
     EXPECT_NE(human.out.find("accepts (service)"), std::string::npos);
     EXPECT_NE(human.out.find("key map (IR library)"), std::string::npos);
     EXPECT_NE(human.out.find("cleaner     HRBC0004    #4     10,28,39"), std::string::npos) << human.out;
 }
 
 TEST(CAppTest, KeyNamesAreLookedUpInTheCodesetsKeyMap) {
-    const Outcome run = RunApp({"key", "--type", "cleaner", "--key", "home"});
+    const ToolRun run = RunApp({"key", "--type", "cleaner", "--key", "home"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("key 28 home (HRBC0004)"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("hdevice #4 key 28"), std::string::npos) << run.out;
 }
 
 TEST(CAppTest, OutputHeaderShowsWhatThePlatformReports) {
-    const Outcome run = RunApp({"--year", "19", "--mbr-support", "off", "key", "--type", "fan", "--key", "10"});
+    const ToolRun run = RunApp({"--year", "19", "--mbr-support", "off", "key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(run.out.rfind("platform  model year 19, IR service flag off;", 0), 0u) << run.out;
-    const Outcome json = RunApp({"--json", "--year", "24", "demo"});
+    const ToolRun json = RunApp({"--json", "--year", "24", "demo"});
     const JsonValue header = JsonValue::Create(json.out.substr(0, json.out.find('\n')));
     EXPECT_EQ(header["platform"]["year"].asInt(), 24);
     EXPECT_TRUE(header["platform"]["mbrSupport"].asBool());
     // The plugin itself reports the year it read.
-    const Outcome verbose = RunApp({"--verbose", "--year", "19", "key", "--type", "fan", "--key", "10"});
+    const ToolRun verbose = RunApp({"--verbose", "--year", "19", "key", "--type", "fan", "--key", "10"});
     EXPECT_NE(verbose.err.find("year(19)"), std::string::npos);
 }
 
@@ -252,7 +237,7 @@ TEST(CAppTest, JsonOutputIsOneObjectPerLineForEveryCommand) {
         {{"--json", "devices"}, 5},
     };
     for (const auto& [args, lines] : cases) {
-        const Outcome run = RunApp(args);
+        const ToolRun run = RunApp(args);
         EXPECT_EQ(run.status, 0) << args[1] << ": " << run.err;
         std::istringstream text(run.out);
         std::size_t count = 0;
@@ -261,7 +246,7 @@ TEST(CAppTest, JsonOutputIsOneObjectPerLineForEveryCommand) {
         }
         EXPECT_GE(count, lines) << args[1];
     }
-    const Outcome ac = RunApp({"--json", "ac", "--power", "OFF", "--fan", "HIGH"});
+    const ToolRun ac = RunApp({"--json", "ac", "--power", "OFF", "--fan", "HIGH"});
     const JsonValue line = JsonValue::Create(ac.out);
     EXPECT_EQ(line["ir"][0u]["function"].asString(), "set_aircon_states_and_send_command");
     EXPECT_EQ(line["ir"][0u]["power"].asString(), "off");
@@ -269,14 +254,14 @@ TEST(CAppTest, JsonOutputIsOneObjectPerLineForEveryCommand) {
 }
 
 TEST(CAppTest, VerboseShowsThePluginsOwnLogLines) {
-    const Outcome quiet = RunApp({"key", "--type", "fan", "--key", "10"});
+    const ToolRun quiet = RunApp({"key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(quiet.err, "");
-    const Outcome verbose = RunApp({"--verbose", "key", "--type", "fan", "--key", "10"});
+    const ToolRun verbose = RunApp({"--verbose", "key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(verbose.status, 0);
     EXPECT_NE(verbose.err.find("/IRCONTROL"), std::string::npos) << verbose.err;
     EXPECT_EQ(verbose.err.find('\x1b'), std::string::npos) << "no colour sequences when not a terminal";
     EXPECT_EQ(verbose.out, quiet.out) << "the answer table is the same";
-    const Outcome errors = RunApp({"--log-level", "error", "key", "--type", "fan", "--key", "10"});
+    const ToolRun errors = RunApp({"--log-level", "error", "key", "--type", "fan", "--key", "10"});
     EXPECT_NE(errors.err.find("E/IRCONTROL"), std::string::npos);
     EXPECT_EQ(errors.err.find("I/IRCONTROL"), std::string::npos);
     EXPECT_EQ(errors.err.find("D/IRCONTROL"), std::string::npos);
@@ -314,7 +299,7 @@ TEST(CAppTest, IrDeviceCarriesEveryCommandToTheTransmitter) {
         SCOPED_TRACE(c.args[0]);
         std::vector<std::string> args = {"--json", "--ir-device", "mode2:" + file};
         args.insert(args.end(), c.args.begin(), c.args.end());
-        const Outcome run = RunApp(args, c.input);
+        const ToolRun run = RunApp(args, c.input);
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(Transmissions(file), c.sent);
         // What went on air is reported with the answer.
@@ -351,7 +336,7 @@ TEST(CAppTest, UnusableTransmitterOrCodesetsStopAtStartWithTheReason) {
         SCOPED_TRACE(c.says);
         std::vector<std::string> args = c.args;
         args.insert(args.end(), {"key", "--type", "fan", "--key", "10"});
-        const Outcome run = RunApp(args);
+        const ToolRun run = RunApp(args);
         EXPECT_EQ(run.status, c.status);
         EXPECT_NE(run.err.find(c.says), std::string::npos) << run.err;
         EXPECT_EQ(run.out, "");
@@ -362,7 +347,7 @@ TEST(CAppTest, KeyMapsComeFromTheCodesetsFile) {
     const std::string codesets = Scratch("codesets.json");
     std::ofstream(codesets) << R"({"codesets":[{"name":"HFAN0001","protocol":"nec",)"
                                R"("keys":{"on_off":{"code":10,"scancode":"0x0101"},"oscillate":{"code":13,"scancode":"0x0102"}}}]})";
-    const Outcome run = RunApp({"--codesets", codesets, "devices"});
+    const ToolRun run = RunApp({"--codesets", codesets, "devices"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find(R"({"on_off":10,"oscillate":13})"), std::string::npos) << run.out;
     // A codeset the file does not define has no key map.

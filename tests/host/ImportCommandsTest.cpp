@@ -5,29 +5,13 @@
 #include <fstream>
 #include <sstream>
 
-#include "CApp.h"
 #include "JsonValue.h"
+#include "RunApp.h"
 
 namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
-
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-Outcome RunTool(std::vector<std::string> args) {
-    args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
-    Options options = CCommandLine::Parse(args);
-    if (!options.error.empty()) return {2, "", options.error};
-    std::istringstream in;
-    std::ostringstream out, err;
-    const int status = CApp(options, in, out, err).Run();
-    return {status, out.str(), err.str()};
-}
 
 std::string Dir() {
     char pattern[] = "/tmp/irimport.XXXXXX";
@@ -53,7 +37,7 @@ TEST(ImportCommands, ImportedFanIsPairedAndPressed) {
     const std::string dir = Dir();
     Write(dir + "/fan.ir", kFan);
     Write(dir + "/lamp.conf", kRemote);
-    const Outcome imported = RunTool({"--json", "import", dir + "/fan.ir", dir + "/lamp.conf", "--codesets", dir + "/out.json"});
+    const ToolRun imported = RunApp({"--json", "import", dir + "/fan.ir", dir + "/lamp.conf", "--codesets", dir + "/out.json"});
     ASSERT_EQ(imported.status, 0) << imported.err << imported.out;
     const JsonValue report = JsonValue::Create(imported.out);
     EXPECT_EQ(report["total"]["protocol_keys"].asInt(), 1);
@@ -61,12 +45,12 @@ TEST(ImportCommands, ImportedFanIsPairedAndPressed) {
     EXPECT_EQ(report["files"][0u]["codesets"][0u]["free_codes"]["Light"].asInt(), 1000);
 
     Write(dir + "/pairing.json", R"({"dev_info":[{"codeset":"fan","device_index":1,"type":"oic.d.fan"}]})");
-    const Outcome pressed = RunTool({"--codesets", dir + "/out.json", "--devices", dir + "/pairing.json", "--ir-device",
+    const ToolRun pressed = RunApp({"--codesets", dir + "/out.json", "--devices", dir + "/pairing.json", "--ir-device",
                                  "mode2:" + dir + "/sent.txt", "--json", "key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(pressed.status, 0) << pressed.err << pressed.out;
     EXPECT_NE(Read(dir + "/sent.txt").find("codeset fan, key 10 (Power)"), std::string::npos) << Read(dir + "/sent.txt");
 
-    const Outcome text = RunTool({"export", "--codesets", dir + "/out.json", "--codeset", "lamp", "--format", "lircd"});
+    const ToolRun text = RunApp({"export", "--codesets", dir + "/out.json", "--codeset", "lamp", "--format", "lircd"});
     EXPECT_EQ(text.status, 0) << text.err;
     EXPECT_NE(text.out.find("name KEY_POWER"), std::string::npos) << text.out;
 }
@@ -76,7 +60,7 @@ TEST(ImportCommands, AFileThatCannotBeImportedLeavesTheCodesetsFileAsItWas) {
     Write(dir + "/fan.ir", kFan);
     Write(dir + "/bad.ir", "Filetype: IR signals file\nVersion: 1\nname: X\ntype: parsed\nprotocol: NEC\naddress: 1\ncommand: 02 00 00 00\n");
     Write(dir + "/out.json", R"({"codesets":[]})");
-    const Outcome run = RunTool({"import", dir + "/fan.ir", dir + "/bad.ir", "--codesets", dir + "/out.json"});
+    const ToolRun run = RunApp({"import", dir + "/fan.ir", dir + "/bad.ir", "--codesets", dir + "/out.json"});
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.out.find(dir + "/bad.ir:6: address must be 4 hex bytes"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("left as it was"), std::string::npos) << run.out;
@@ -96,7 +80,7 @@ TEST(ImportCommands, UsageMistakesAreRefusedWithStatusTwo) {
         {"devices", "stray"},
     };
     for (const auto& args : runs) {
-        const Outcome run = RunTool(args);
+        const ToolRun run = RunApp(args);
         EXPECT_EQ(run.status, 2) << args[0] << " " << args.back() << ": " << run.err;
         EXPECT_FALSE(run.err.empty());
     }
