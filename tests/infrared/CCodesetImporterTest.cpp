@@ -10,6 +10,8 @@
 
 #include "ImportSupport.h"
 #include "JsonValue.h"
+#include "infrared/codeset/DefaultCodesets.h"
+#include "infrared/encode/CAcFrameEncoder.h"
 #include "infrared/encode/CKeyEncoder.h"
 #include "infrared/formats/CFlipperIrFile.h"
 #include "infrared/formats/CFormatError.h"
@@ -105,6 +107,36 @@ TEST(CCodesetImporter, AirConditionerFilesBecomeStateTables) {
     EXPECT_EQ(codeset.protocol, Protocol::AcStates);
     EXPECT_EQ(CCodesetLibrary::KeyMapText(codeset),
               R"({"modes":["cool","heat","dry"],"fan":["high"],"setpoint":[22,22],"states":["Off","Cool_hi","Heat_22","Dh"]})");
+}
+
+// Captures that are frames of one of the library's air-conditioner codesets are said to be; with
+// `recognise` the file becomes that codeset, every state available.
+TEST(CCodesetImporter, RecognisedAirConditionerCapturesOfferTheProtocolCodeset) {
+    const auto shipped = CCodesetLibrary::Parse(DefaultCodesetsText());
+    const Codeset& ac = *shipped->Find("ZAC00005");
+    std::string text = "Filetype: IR signals file\nVersion: 1\n";
+    for (const char* mode : {"cool", "heat"}) {
+        const auto train = CAcFrameEncoder::Encode(ac.frame, CAcFrameEncoder::BuildFrame(ac.frame, {"on", mode, "22", "auto"}),
+                                                   ac.carrier, ac.dutyCycle);
+        text += std::string("name: ") + mode + "_22\ntype: raw\nfrequency: 38000\nduty_cycle: 0.33\ndata:";
+        for (const auto d : train.durations) text += " " + std::to_string(d);
+        text += "\n";
+    }
+    CCodesetImporter::Options options;
+    options.kindGiven = true;
+    options.kind = ApplianceKind::Aircon;
+    const ImportedFile offered = CCodesetImporter::ImportText(text, "ac.ir", options);
+    EXPECT_EQ(offered.acProtocol, "ZAC00005");
+    ASSERT_EQ(offered.codesets.size(), 1u);
+    EXPECT_EQ(offered.codesets[0].acStates, 2u);  // without --recognise: the state table
+    options.recognise = true;
+    options.name = "MINE";
+    const ImportedFile taken = CCodesetImporter::ImportText(text, "ac.ir", options);
+    ASSERT_EQ(taken.codesets.size(), 1u);
+    const auto library = irtest::Library({taken.codesets[0].json});
+    const Codeset& mine = *library->Find("MINE");
+    EXPECT_EQ(mine.protocol, Protocol::Aircon);
+    EXPECT_EQ(CCodesetLibrary::KeyMapText(mine), CCodesetLibrary::KeyMapText(ac));
 }
 
 TEST(CCodesetImporter, RefusesWholeFilesWithFileAndLine) {
