@@ -31,12 +31,12 @@ std::shared_ptr<const CCodesetLibrary> Codesets() {
 TEST(CCodesetExporter, LircdExportsDecodeAsTheirKeysWithIrsimreceive) {
     const auto library = Codesets();
     std::size_t exported = 0;
+    const std::string mode2 = irtest::TempDir() + "/sent.txt";
     for (const auto& codeset : library->Codesets()) {
         if (codeset.protocol == Protocol::Aircon) {
             EXPECT_THROW(CCodesetExporter::ToLircd(codeset), std::invalid_argument);
             continue;
         }
-        const std::string mode2 = irtest::TempDir() + "/sent.txt";
         const auto sent = irtest::SendAll(library, codeset.name, mode2);
         const auto decoded = irtest::IrsimReceive(CCodesetExporter::ToLircd(codeset), mode2);
         ASSERT_TRUE(decoded.ran) << decoded.error;

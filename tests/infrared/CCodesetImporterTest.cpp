@@ -246,6 +246,7 @@ TEST(CCodesetImporter, LircCompatRemotesDecodeWithTheirOwnFiles) {
     const auto files = irtest::FilesUnder(kLircRemotes, "");
     if (files.empty()) GTEST_SKIP() << "lirc-compat-remotes is not installed at " << kLircRemotes;
     std::size_t remotes = 0, keys = 0, refusedFiles = 0, lircOwn = 0;
+    const std::string mode2 = irtest::TempDir() + "/remote.txt";
     for (const auto& file : files) {
         const std::string text = irtest::ReadText(file);
         if (text.find("begin remote") == std::string::npos) continue;  // lircmd.conf, READMEs
@@ -264,7 +265,6 @@ TEST(CCodesetImporter, LircCompatRemotesDecodeWithTheirOwnFiles) {
         std::vector<std::string> codesets;
         for (const auto& c : report.codesets) codesets.push_back(c.json);
         const auto library = irtest::Library(codesets);
-        const std::string mode2 = irtest::TempDir() + "/remote.txt";
         std::vector<std::string> sent, decoded;
         for (const auto& c : library->Codesets()) {
             for (const auto& name : irtest::SendAll(library, c.name, mode2)) sent.push_back(name);

@@ -48,7 +48,9 @@ std::vector<std::string> LircRoundTrip(const std::string& lircdConf) {
     const std::string command = "cd '" + dir + "' && '" + irsimsend + "' lircd.conf >/dev/null 2>&1";
     if (std::system(command.c_str()) != 0) return {};
     WriteText(dir + "/sent.txt", "space 200000\n" + ReadText(dir + "/simsend.out"));
-    return Presses(IrsimReceive(lircdConf, dir + "/sent.txt").keys);
+    const auto presses = Presses(IrsimReceive(lircdConf, dir + "/sent.txt").keys);
+    (void)std::system(("rm -rf '" + dir + "'").c_str());
+    return presses;
 }
 
 std::vector<std::string> Presses(const std::vector<std::string>& keys) {
