@@ -17,6 +17,13 @@
 namespace ircontrol::host {
 namespace {
 
+// A word after the command is its argument while the command takes one more ("FILE..." any number).
+bool TakesArgument(const CommandInfo& info, const Options& options) {
+    if (info.operands.empty()) return false;
+    const bool several = info.operands.size() > 3 && info.operands.compare(info.operands.size() - 3, 3, "...") == 0;
+    return several || options.arguments.empty();
+}
+
 std::string Pad(const std::string& text, std::size_t width) {
     return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
 }
@@ -186,6 +193,18 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "Needs --codesets FILE (created when missing; everything else in it is kept) and\n"
          "--ir-receiver DEV|FILE. Waits up to --timeout (default 30000 ms) for each press.\n",
          CommandNeeds::Nothing, RunLearn, "", {"ac"}},
+        {"import", "turn Flipper .ir files and lircd.conf remotes into codesets: import FILE... --codesets OUT",
+         {{"name", "CODESET name (one FILE; default: the file's or the remote's name)"},
+          {"type", "fan, purifier, humidifier, cleaner or ac (default: from the path, else fan)"},
+          {"recognise", "an air conditioner whose captures are frames of a known protocol becomes that codeset"}},
+         "Keys get the key codes of the table in docs/codesets.md; other buttons get free codes, listed.\n"
+         "An air conditioner's captures become a state table (one frame per state its name says).\n"
+         "OUT is written only when every FILE can be imported, atomically; a refused signal is listed\n"
+         "with file:line and its reason. Exit status: 0 imported, 1 a file refused, 2 a usage mistake.\n",
+         CommandNeeds::Nothing, RunImport, "FILE...", {"recognise"}},
+        {"export", "write a codeset for other tools: export --codesets FILE --codeset NAME --format lircd|flipper",
+         {{"codeset", "NAME of the codeset to write"}, {"format", "lircd (a raw_codes remote) or flipper (.ir)"}},
+         "The file goes to standard output.\n", CommandNeeds::Nothing, RunExport},
     };
     return commands;
 }
@@ -228,9 +247,8 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
                     fail("unknown command '" + arg + "'" + (hint.empty() ? "" : " (did you mean " + hint + "?)") +
                          " (try --help)");
                 }
-            } else if (const CommandInfo* info = FindCommand(options.command);
-                       info != nullptr && !info->operand.empty() && options.operand.empty()) {
-                options.operand = arg;
+            } else if (const CommandInfo* info = FindCommand(options.command); info != nullptr && TakesArgument(*info, options)) {
+                options.arguments.push_back(arg);
             } else {
                 fail("unexpected argument '" + arg + "'");
             }
@@ -245,6 +263,13 @@ Options CCommandLine::Parse(const std::vector<std::string>& args) {
         if (global == Globals().end() && !commandOption) {
             const std::string hint = Nearest(name, known);
             fail("unknown option --" + name + (hint.empty() ? "" : " (did you mean --" + hint + "?)"));
+            continue;
+        }
+        bool commandFlag = false;
+        for (const auto& c : Commands()) commandFlag = commandFlag || std::find(c.flags.begin(), c.flags.end(), name) != c.flags.end();
+        if (commandFlag && global == Globals().end()) {
+            if (value) fail("option --" + name + " takes no value");
+            options.values[name] = "true";
             continue;
         }
         const bool flag = global != Globals().end() && global->placeholder.empty();
@@ -304,7 +329,7 @@ std::string CCommandLine::Usage() {
 std::string CCommandLine::CommandUsage(const CommandInfo& info) {
     std::ostringstream out;
     out << "usage: ircontrol-host [options] " << info.name
-        << (info.options.empty() ? "" : " [--option value ...]") << (info.operand.empty() ? "" : " " + info.operand)
+        << (info.options.empty() ? "" : " [--option value ...]") << (info.operands.empty() ? "" : " " + info.operands)
         << "\n\n"
         << info.summary << "\n";
     if (!info.options.empty()) {

@@ -22,7 +22,6 @@ struct Options {
     std::string plugin;                        // empty: the library beside the executable
     PlatformOptions platform;                  // --devices, --catalogue, --codesets, --ir-device, ...
     std::string irReceiver;                    // where received IR comes from: /dev/lircN or a file
-    std::string operand;                       // the argument after a command that takes one (decode SOURCE)
     bool verbose = false;
     int logLevel = 0;                          // lowest log priority --verbose shows (0: all)
     bool json = false;
@@ -31,7 +30,8 @@ struct Options {
     int irDelayMs = 0;
     int timeoutMs = 2000;
     bool timeoutSet = false;                   // --timeout was given
-    std::map<std::string, std::string> values;  // the subcommand's --name value pairs
+    std::map<std::string, std::string> values;  // the subcommand's --name value pairs ("true" for a flag)
+    std::vector<std::string> arguments;        // words after the command (decode's SOURCE, import's files)
     std::string error;                         // set when the command line is unusable
 };
 
@@ -59,7 +59,7 @@ struct CommandInfo {
     std::string details;                                        // more text for its --help
     CommandNeeds needs = CommandNeeds::Plugin;
     int (*run)(CommandContext& context) = nullptr;
-    std::string operand = {};                                   // "SOURCE": takes one argument
+    std::string operands = {};      // its words after the command, for --help: "" none, "SOURCE" one, "FILE..." several
     std::vector<std::string> flags = {};                        // its options that take no value
 };
 

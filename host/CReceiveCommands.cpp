@@ -112,7 +112,7 @@ bool CReceiveCommands::load(bool shippedOnly) {
 }
 
 int CReceiveCommands::Decode() {
-    const std::string source = options_.operand.empty() ? options_.irReceiver : options_.operand;
+    const std::string source = options_.arguments.empty() ? options_.irReceiver : options_.arguments.front();
     if (source.empty()) return fail("decode needs a SOURCE: a file of captures or /dev/lircN", 2);
     if (!load(false)) return fail(error_, 1);
     if (!open(source)) return fail(error_, 1);

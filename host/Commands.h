@@ -14,5 +14,7 @@ int RunServe(CommandContext& context);    // JSON lines on stdin
 int RunWeb(CommandContext& context);      // the web remote, until Ctrl-C
 int RunDecode(CommandContext& context);   // what received frames are
 int RunLearn(CommandContext& context);    // a key or an air conditioner into a codesets file
+int RunImport(CommandContext& context);   // remote files people have -> codesets
+int RunExport(CommandContext& context);   // a codeset -> lircd.conf or .ir
 
 }  // namespace ircontrol::host

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "JsonValue.h"
+#include "infrared/codeset/CAcStateTable.h"
 #include "infrared/encode/CKeyEncoder.h"
 #include "infrared/encode/CProntoCode.h"
 #include "infrared/transmit/CLircDevice.h"
@@ -37,14 +38,17 @@ std::unique_ptr<ITransmitter> CIrBackend::OpenTransmitter(const std::string& dev
     }
     std::vector<std::pair<std::string, std::uint32_t>> carriers;
     std::set<std::uint32_t> seen;
+    const auto add = [&](const std::string& name, std::uint32_t carrier) {
+        if (seen.insert(carrier).second) carriers.emplace_back(name, carrier);
+    };
     for (const auto& codeset : codesets.Codesets()) {
-        if (codeset.protocol == Protocol::Pronto) {
-            for (const auto& key : codeset.keys) {
-                const std::uint32_t carrier = CProntoCode::Parse(key.pronto).carrier;
-                if (seen.insert(carrier).second) carriers.emplace_back(codeset.name, carrier);
-            }
-        } else if (seen.insert(codeset.carrier).second) {
-            carriers.emplace_back(codeset.name, codeset.carrier);
+        if (codeset.protocol != Protocol::Pronto) add(codeset.name, codeset.carrier);
+        std::vector<const CodesetKey*> frames;
+        for (const auto& key : codeset.keys) frames.push_back(&key);
+        for (const auto& state : codeset.states) frames.push_back(&state.frame);
+        for (const CodesetKey* key : frames) {
+            if (key->protocol == Protocol::Pronto) add(codeset.name, CProntoCode::Parse(key->pronto).carrier);
+            if (key->carrier != 0) add(codeset.name, key->carrier);
         }
     }
     return std::make_unique<CLircTransmitter>(device, std::make_shared<CLircDevice>(), carriers);
@@ -82,25 +86,7 @@ CIrBackend::Result CIrBackend::SendKey(const std::string& pairing, int key, int 
             throw CTransmitError("codeset " + codeset.name + " has no key " + std::to_string(key));
         }
         t.what += " (" + found->name + ")";
-        t.protocol = codeset.protocol;
-        if (codeset.protocol == Protocol::Raw) {
-            PulseTrain once;
-            once.carrier = codeset.carrier;
-            once.dutyCycle = codeset.dutyCycle;
-            once.durations = found->raw;
-            once.trailingGap = kRawGap;
-            t.train = Copies(once, codeset.repeats);
-        } else if (codeset.protocol == Protocol::Pronto) {
-            t.train = Copies(CProntoCode::Parse(found->pronto, codeset.dutyCycle), codeset.repeats);
-        } else {
-            bool& toggle = toggles_[codeset.name];
-            t.train = CKeyEncoder::Encode(codeset.protocol, found->scancode, toggle, codeset.repeats, codeset.carrier,
-                                          codeset.dutyCycle);
-            toggle = !toggle;
-            t.hasScancode = true;
-            t.scancode = found->scancode;
-            t.repeats = codeset.repeats;
-        }
+        encodeFrame(codeset, *found, t);
     } catch (const std::exception& e) {
         return refused(std::move(t), e);
     }
@@ -116,6 +102,12 @@ CIrBackend::Result CIrBackend::SendAircon(const std::string& pairing, int device
     try {
         const Codeset& codeset = pairedCodeset(pairing, deviceIndex);
         t.codeset = codeset.name;
+        if (codeset.protocol == Protocol::AcStates) {
+            const AcStateEntry& entry = CAcStateTable::Find(codeset, state);
+            t.what += " (" + entry.frame.name + ")";
+            encodeFrame(codeset, entry.frame, t);
+            return send(std::move(t));
+        }
         if (codeset.protocol != Protocol::Aircon) {
             throw CTransmitError("codeset " + codeset.name + " is not an air conditioner's");
         }
@@ -125,6 +117,33 @@ CIrBackend::Result CIrBackend::SendAircon(const std::string& pairing, int device
         return refused(std::move(t), e);
     }
     return send(std::move(t));
+}
+
+void CIrBackend::encodeFrame(const Codeset& codeset, const CodesetKey& key, Transmission& t) {
+    bool& toggle = toggles_[codeset.name];
+    EncodeFrame(codeset, key, toggle, t);
+    toggle = !toggle;
+}
+
+void CIrBackend::EncodeFrame(const Codeset& codeset, const CodesetKey& key, bool toggle, Transmission& t) {
+    const std::uint32_t carrier = key.carrier != 0 ? key.carrier : codeset.carrier;
+    const std::uint32_t dutyCycle = key.dutyCycle != 0 ? key.dutyCycle : codeset.dutyCycle;
+    t.protocol = key.protocol;
+    if (key.protocol == Protocol::Raw) {
+        PulseTrain once;
+        once.carrier = carrier;
+        once.dutyCycle = dutyCycle;
+        once.durations = key.raw;
+        once.trailingGap = key.gap != 0 ? key.gap : kRawGap;
+        t.train = Copies(once, codeset.repeats);
+    } else if (key.protocol == Protocol::Pronto) {
+        t.train = Copies(CProntoCode::Parse(key.pronto, dutyCycle), codeset.repeats);
+    } else {
+        t.train = CKeyEncoder::Encode(key.protocol, key.scancode, toggle, codeset.repeats, carrier, dutyCycle);
+        t.hasScancode = true;
+        t.scancode = key.scancode;
+        t.repeats = codeset.repeats;
+    }
 }
 
 CIrBackend::Result CIrBackend::refused(Transmission transmission, const std::exception& why) {

@@ -12,28 +12,14 @@
 #include <sstream>
 
 #include "JsonValue.h"
+#include "RunApp.h"
+#include "RunApp.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
-
-struct RunResult {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-RunResult RunApp(std::vector<std::string> args, const std::string& input = "") {
-    args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
-    Options options = CCommandLine::Parse(args);
-    EXPECT_EQ(options.error, "");
-    std::istringstream in(input);
-    std::ostringstream out, err;
-    const int status = CApp(options, in, out, err).Run();
-    return {status, out.str(), err.str()};
-}
 
 std::string ReadFile(const std::string& path) {
     std::ifstream in(path);
@@ -54,7 +40,7 @@ std::vector<JsonValue> Lines(const std::string& out) {
 // --- demo ---------------------------------------------------------------------------------
 
 TEST(CAppDemoTest, MatchesTheGoldenOutput) {
-    const RunResult run = RunApp({"demo"});
+    const ToolRun run = RunApp({"demo"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, ReadFile(std::string(IRC_SOURCE_DIR) + "/tests/host/golden/demo.txt"));
 }
@@ -62,7 +48,7 @@ TEST(CAppDemoTest, MatchesTheGoldenOutput) {
 // --- one request from the command line ------------------------------------------------------
 
 TEST(CAppSingleRequestTest, ReportsWhatTheBlasterSent) {
-    const RunResult run = RunApp({"--json", "key", "--type", "oic.d.robotcleaner", "--key", "28"});
+    const ToolRun run = RunApp({"--json", "key", "--type", "oic.d.robotcleaner", "--key", "28"});
     EXPECT_EQ(run.status, 0) << run.err;
     const JsonValue line = JsonValue::Create(run.out);
     EXPECT_EQ(line["answer"]["errorCode"].asString(), "ok");
@@ -97,7 +83,7 @@ TEST(CAppSingleRequestTest, ExitStatusAndErrorLineFollowTheOutcome) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.args[0] + " " + c.args.back());
-        const RunResult run = RunApp(c.args);
+        const ToolRun run = RunApp(c.args);
         EXPECT_EQ(run.status, c.status);
         EXPECT_EQ(run.err, c.err);
         EXPECT_NE(run.out.find(c.row), std::string::npos) << run.out;
@@ -105,7 +91,7 @@ TEST(CAppSingleRequestTest, ExitStatusAndErrorLineFollowTheOutcome) {
 }
 
 TEST(CAppSingleRequestTest, WaitsForWhatComesLateAndStillFails) {
-    const RunResult run = RunApp({"--ir-delay", "300", "--timeout", "50", "key", "--type", "fan", "--key", "11"});
+    const ToolRun run = RunApp({"--ir-delay", "300", "--timeout", "50", "key", "--type", "fan", "--key", "11"});
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.out.find("no answer hdevice #1 key 11"), std::string::npos) << run.out;
     const std::size_t late = run.out.find("late for transaction ");
@@ -117,7 +103,7 @@ TEST(CAppSingleRequestTest, WaitsForWhatComesLateAndStillFails) {
 // --- serve --------------------------------------------------------------------------------
 
 TEST(CAppServeTest, AnswersEachLineInOrderWithItsNumberAndId) {
-    const RunResult run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13,\"id\":\"p\"}\n"
+    const ToolRun run = RunApp({"serve"}, "{\"command\":\"key\",\"type\":\"purifier\",\"key\":13,\"id\":\"p\"}\n"
                                       "not json\n\n"
                                       "{\"command\":\"ac\",\"fan\":\"TURBO\",\"id\":7}\n"
                                       "{\"command\":\"key\",\"type\":\"fan\",\"key\":\"x\",\"id\":\"q\"}\n"
@@ -158,7 +144,7 @@ TEST(CAppServeTest, ExitsZeroOnlyWhenEveryLineWasAnsweredOk) {
 TEST(CAppServeTest, ShowsALateTransmissionUnderItsOwnRequest) {
     // On air longer than the timeout: every answer is late and the third key goes on air only
     // after its request timed out.
-    const RunResult run = RunApp({"--ir-delay", "300", "--timeout", "100", "serve"},
+    const ToolRun run = RunApp({"--ir-delay", "300", "--timeout", "100", "serve"},
                            "{\"command\":\"key\",\"type\":\"fan\",\"key\":10}\n"
                            "{\"command\":\"key\",\"type\":\"fan\",\"key\":11}\n"
                            "{\"command\":\"key\",\"type\":\"fan\",\"key\":12}\n"
@@ -188,7 +174,7 @@ TEST(CAppServeTest, ShowsALateTransmissionUnderItsOwnRequest) {
 // --- devices ------------------------------------------------------------------------------
 
 TEST(CAppDevicesTest, ShowsTheAcceptedKeysBesideTheKeyMaps) {
-    const RunResult run = RunApp({"--json", "devices"});
+    const ToolRun run = RunApp({"--json", "devices"});
     const std::vector<JsonValue> devices = Lines(run.out);
     ASSERT_EQ(devices.size(), 5u);
     for (std::size_t i = 0; i < devices.size(); ++i) EXPECT_EQ(devices[i]["deviceIndex"].asInt(), static_cast<int>(i + 1));
@@ -196,7 +182,7 @@ TEST(CAppDevicesTest, ShowsTheAcceptedKeysBesideTheKeyMaps) {
     EXPECT_EQ(devices[0]["keyMap"]["speed_up"].asInt(), 11);
     EXPECT_EQ(devices[3]["acceptedKeys"].toString(), "[10,28,39]");
     EXPECT_EQ(devices[4]["acceptedKeys"].size(), 0u);
-    const RunResult human = RunApp({"devices"});
+    const ToolRun human = RunApp({"devices"});
     EXPECT_NE(human.out.find("accepts (service)"), std::string::npos);
     EXPECT_NE(human.out.find("key map (IR library)"), std::string::npos);
     EXPECT_NE(human.out.find("cleaner     HRBC0004    #4     10,28,39"), std::string::npos) << human.out;
@@ -206,7 +192,7 @@ TEST(CAppDevicesTest, KeyMapsComeFromTheCodesetsFile) {
     const std::string codesets = Scratch("codesets.json");
     std::ofstream(codesets) << R"({"codesets":[{"name":"HFAN0001","protocol":"nec",)"
                                R"("keys":{"on_off":{"code":10,"scancode":"0x0101"},"oscillate":{"code":13,"scancode":"0x0102"}}}]})";
-    const RunResult run = RunApp({"--codesets", codesets, "devices"});
+    const ToolRun run = RunApp({"--codesets", codesets, "devices"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find(R"({"on_off":10,"oscillate":13})"), std::string::npos) << run.out;
     // A codeset the file does not define has no key map.
@@ -218,7 +204,7 @@ TEST(CAppDevicesTest, KeyMapsComeFromTheCodesetsFile) {
 TEST(CAppSetupTest, PairingFileReplacesTheDefaults) {
     const std::string path = Scratch("pairing.json");
     std::ofstream(path) << R"({"dev_info":[{"codeset":"MYFAN","device_index":9,"type":"oic.d.fan"}]})";
-    const RunResult run = RunApp({"--devices", path, "key", "--type", "fan", "--key", "10"});
+    const ToolRun run = RunApp({"--devices", path, "key", "--type", "fan", "--key", "10"});
     std::remove(path.c_str());
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("hdevice #9 key 10"), std::string::npos);
@@ -250,7 +236,7 @@ TEST(CAppSetupTest, UnusableInputsStopAtStartWithTheReason) {
         SCOPED_TRACE(c.says);
         std::vector<std::string> args = c.args;
         args.insert(args.end(), {"key", "--type", "fan", "--key", "10"});
-        const RunResult run = RunApp(args);
+        const ToolRun run = RunApp(args);
         EXPECT_EQ(run.status, c.status);
         EXPECT_EQ(run.err.rfind("ircontrol-host: ", 0), 0u) << run.err;
         EXPECT_NE(run.err.find(c.says), std::string::npos) << run.err;
@@ -269,14 +255,14 @@ TEST(CAppSetupTest, UnusableInputsStopAtStartWithTheReason) {
 // --- output forms ------------------------------------------------------------------------
 
 TEST(CAppOutputTest, HeaderShowsWhatThePlatformReports) {
-    const RunResult run = RunApp({"--year", "19", "--mbr-support", "off", "key", "--type", "fan", "--key", "10"});
+    const ToolRun run = RunApp({"--year", "19", "--mbr-support", "off", "key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(run.out.rfind("platform  model year 19, IR service flag off;", 0), 0u) << run.out;
-    const RunResult json = RunApp({"--json", "--year", "24", "demo"});
+    const ToolRun json = RunApp({"--json", "--year", "24", "demo"});
     const JsonValue header = JsonValue::Create(json.out.substr(0, json.out.find('\n')));
     EXPECT_EQ(header["platform"]["year"].asInt(), 24);
     EXPECT_TRUE(header["platform"]["mbrSupport"].asBool());
     // The plugin itself reports the year it read.
-    const RunResult verbose = RunApp({"--verbose", "--year", "19", "key", "--type", "fan", "--key", "10"});
+    const ToolRun verbose = RunApp({"--verbose", "--year", "19", "key", "--type", "fan", "--key", "10"});
     EXPECT_NE(verbose.err.find("year(19)"), std::string::npos);
 }
 
@@ -289,7 +275,7 @@ TEST(CAppOutputTest, JsonIsOneObjectPerLineForEveryCommand) {
         {{"--json", "devices"}, 5},
     };
     for (const auto& [args, lines] : cases) {
-        const RunResult run = RunApp(args);
+        const ToolRun run = RunApp(args);
         EXPECT_EQ(run.status, 0) << args[1] << ": " << run.err;
         std::istringstream text(run.out);
         std::size_t count = 0;
@@ -301,14 +287,14 @@ TEST(CAppOutputTest, JsonIsOneObjectPerLineForEveryCommand) {
 }
 
 TEST(CAppOutputTest, VerboseShowsThePluginsOwnLogLines) {
-    const RunResult quiet = RunApp({"key", "--type", "fan", "--key", "10"});
+    const ToolRun quiet = RunApp({"key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(quiet.err, "");
-    const RunResult verbose = RunApp({"--verbose", "key", "--type", "fan", "--key", "10"});
+    const ToolRun verbose = RunApp({"--verbose", "key", "--type", "fan", "--key", "10"});
     EXPECT_EQ(verbose.status, 0);
     EXPECT_NE(verbose.err.find("/IRCONTROL"), std::string::npos) << verbose.err;
     EXPECT_EQ(verbose.err.find('\x1b'), std::string::npos) << "no colour sequences when not a terminal";
     EXPECT_EQ(verbose.out, quiet.out) << "the answer table is the same";
-    const RunResult errors = RunApp({"--log-level", "error", "key", "--type", "fan", "--key", "10"});
+    const ToolRun errors = RunApp({"--log-level", "error", "key", "--type", "fan", "--key", "10"});
     EXPECT_NE(errors.err.find("E/IRCONTROL"), std::string::npos);
     EXPECT_EQ(errors.err.find("I/IRCONTROL"), std::string::npos);
     EXPECT_EQ(errors.err.find("D/IRCONTROL"), std::string::npos);
@@ -339,7 +325,7 @@ TEST(CAppTransmitterTest, EveryCommandCarriesItsTransmissionsToIt) {
         SCOPED_TRACE(c.args[0]);
         std::vector<std::string> args = {"--json", "--ir-device", "mode2:" + file};
         args.insert(args.end(), c.args.begin(), c.args.end());
-        const RunResult run = RunApp(args, c.input);
+        const ToolRun run = RunApp(args, c.input);
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(Transmissions(file), c.sent);
         // What went on air is reported with the answer.

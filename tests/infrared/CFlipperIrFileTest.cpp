@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-
-#include <functional>
-
+#include "FileTree.h"
 #include "infrared/formats/CFormatError.h"
 
 using infrared::CFlipperIrFile;
@@ -105,6 +102,9 @@ TEST(CFlipperIrFile, RefusesHostileFilesNamingFileAndLine) {
         {kHeader + "name: R\ntype: raw\nfrequency: 38000\nduty_cycle: 0.3x\ndata: 1\n", 6, "duty_cycle"},
         {kHeader + std::string("name: R\ntype: r\0aw\n", 20), 4, "binary"},
         {std::string("\x7f" "ELF\x02\x01\x01\0\0\0", 10), 1, "binary"},
+        {kHeader + "name: Sp\xe5" "ed\n", 3, "not UTF-8"},
+        {kHeader + "name: \xc0\xaf\n", 3, "not UTF-8"},  // an overlong '/'
+        {kHeader + "name: \xed\xa0\x80\n", 3, "not UTF-8"},  // a surrogate
     };
     for (const auto& c : cases) {
         try {
@@ -132,39 +132,19 @@ TEST(CFlipperIrFile, RefusesEnormousCountsOfSignalsWithoutReadingOn) {
     }
 }
 
-// Each .ir file under `dir`, recursively.
-void ForEachIrFile(const std::string& dir, const std::function<void(const std::string&)>& visit) {
-    DIR* handle = opendir(dir.c_str());
-    if (handle == nullptr) return;
-    std::vector<std::string> entries;
-    while (const dirent* entry = readdir(handle)) {
-        const std::string name = entry->d_name;
-        if (name != "." && name != "..") entries.push_back(name);
-    }
-    closedir(handle);
-    for (const auto& name : entries) {
-        const std::string path = dir + "/" + name;
-        if (name.size() > 3 && name.compare(name.size() - 3, 3, ".ir") == 0) {
-            visit(path);
-        } else if (name.find('.') == std::string::npos) {
-            ForEachIrFile(path, visit);
-        }
-    }
-}
-
 TEST(CFlipperIrFile, ReadsEveryFileOfTheSharedSample) {
     const std::string dir = IRC_SOURCE_DIR "/../shared/ir/irdb";
-    std::size_t files = 0, signals = 0;
-    ForEachIrFile(dir, [&](const std::string& path) {
-        ++files;
+    const auto files = irtest::FilesUnder(dir, ".ir");
+    if (files.empty()) GTEST_SKIP() << "the shared IR sample is not at " << dir;
+    std::size_t signals = 0;
+    for (const auto& path : files) {
         try {
             signals += CFlipperIrFile::Parse(infrared::ReadFormatFile(path, 1 << 20), path).size();
         } catch (const CFormatError& e) {
             ADD_FAILURE() << e.what();
         }
-    });
-    if (files == 0) GTEST_SKIP() << "the shared IR sample is not at " << dir;
-    EXPECT_GT(signals, files);
+    }
+    EXPECT_GT(signals, files.size());
 }
 
 }  // namespace

@@ -34,6 +34,8 @@ Decoded IrsimReceive(const std::string& lircdConf, const std::string& pulseFile)
     char buffer[512];
     while (fgets(buffer, sizeof buffer, pipe) != nullptr) out.output += buffer;
     const int status = pclose(pipe);
+    // The scratch folder (the remote and irsimreceive's log) is not needed afterwards.
+    (void)std::system(("rm -rf '" + dir + "'").c_str());
     if (status != 0) {
         out.error = std::string(IRC_IRSIMRECEIVE " failed (install the lirc package): ") + out.output;
         return out;

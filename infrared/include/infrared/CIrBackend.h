@@ -35,9 +35,15 @@ public:
     // CTransmitError when it cannot be used.
     static std::unique_ptr<ITransmitter> OpenTransmitter(const std::string& device, const CCodesetLibrary& codesets);
 
+    // The pulses (and scancode) of one key or captured state of `codeset`, as SendKey sends
+    // them; `toggle` is the RC-5/RC-6 toggle bit. Throws std::invalid_argument when it cannot.
+    static void EncodeFrame(const Codeset& codeset, const CodesetKey& key, bool toggle, Transmission& t);
+
 private:
     const Codeset& pairedCodeset(const std::string& pairing, int deviceIndex) const;
     Result send(Transmission transmission);
+    // Fills the transmission's pulses (and scancode) for one key or captured state.
+    void encodeFrame(const Codeset& codeset, const CodesetKey& key, Transmission& t);
     // What could not be encoded for the transmitter: nothing sent, the reason kept.
     static Result refused(Transmission transmission, const std::exception& why);
 

@@ -6,6 +6,7 @@
 #include "JsonValue.h"
 #include "codeset/CAcFormatReader.h"
 #include "codeset/JsonFields.h"
+#include "infrared/codeset/CAcStateTable.h"
 #include "infrared/encode/CProntoCode.h"
 
 namespace infrared {
@@ -32,6 +33,57 @@ std::uint64_t ScancodeLimit(Protocol protocol) {
     }
 }
 
+std::uint32_t DefaultCarrier(Protocol protocol) {
+    switch (protocol) {
+        case Protocol::Rc5: case Protocol::Rc5x: case Protocol::Rc6Mode0: return 36000;
+        case Protocol::Sony12: case Protocol::Sony15: case Protocol::Sony20: case Protocol::Pioneer: return 40000;
+        default: return 38000;
+    }
+}
+
+// What one key (or captured state) sends: the codeset's protocol unless it names its own, so
+// that an imported remote can mix protocol keys and raw captures.
+void KeyFrame(const JsonValue& value, const Codeset& codeset, const std::string& where, CodesetKey& key) {
+    key.protocol = codeset.protocol == Protocol::AcStates ? Protocol::Raw : codeset.protocol;
+    if (!value["protocol"].isNull()) {
+        const std::string word = Text(value["protocol"], where + ".protocol");
+        if (!ProtocolFromName(word, key.protocol) || key.protocol == Protocol::Aircon || key.protocol == Protocol::AcStates) {
+            Fail(where + ".protocol", "'" + word + "' is not a key protocol");
+        }
+        key.carrier = DefaultCarrier(key.protocol);
+    }
+    if (!value["carrier"].isNull()) key.carrier = U32(value["carrier"], where + ".carrier", 1000000);
+    if (key.carrier != 0 && key.carrier < 10000) Fail(where + ".carrier", "must be at least 10000 Hz");
+    if (!value["duty_cycle"].isNull()) key.dutyCycle = U32(value["duty_cycle"], where + ".duty_cycle", 100);
+    if (!value["duty_cycle"].isNull() && key.dutyCycle == 0) Fail(where + ".duty_cycle", "must be 1..100");
+    if (!value["gap"].isNull()) key.gap = U32(value["gap"], where + ".gap", 10000000);
+    if (key.protocol == Protocol::Raw) {
+        const JsonValue& raw = value["raw"];
+        if (raw.type() != common::json::kArray || raw.size() == 0 || raw.size() % 2 == 0 || raw.size() > 4095) {
+            Fail(where + ".raw", "must be an odd number (at most 4095) of durations: pulse, space, ..., pulse");
+        }
+        for (unsigned i = 0; i < raw.size(); ++i) {
+            key.raw.push_back(U32(raw[i], where + ".raw", 10000000));
+            if (key.raw.back() == 0) Fail(where + ".raw", "durations must not be 0");
+        }
+    } else if (key.protocol == Protocol::Pronto) {
+        key.pronto = Text(value["pronto"], where + ".pronto");
+        try {
+            CProntoCode::Parse(key.pronto);
+        } catch (const std::invalid_argument& e) {
+            Fail(where + ".pronto", e.what());
+        }
+    } else {
+        key.scancode = Unsigned(value["scancode"], where + ".scancode", UINT64_MAX);
+        if ((key.scancode & ~ScancodeLimit(key.protocol)) != 0) {
+            std::ostringstream limit;
+            limit << "does not fit " << ProtocolName(key.protocol) << " (bits 0x" << std::hex
+                  << ScancodeLimit(key.protocol) << ")";
+            Fail(where + ".scancode", limit.str());
+        }
+    }
+}
+
 void Keys(const JsonValue& entry, Codeset& codeset, const std::string& path) {
     const JsonValue& keys = Object(entry, "keys", path);
     for (const auto& name : keys.getMemberNames()) {
@@ -42,34 +94,39 @@ void Keys(const JsonValue& entry, Codeset& codeset, const std::string& path) {
         key.name = name;
         key.code = static_cast<int>(U32(value["code"], where + ".code", INT32_MAX));
         if (codeset.FindKey(key.code) != nullptr) Fail(where + ".code", "is used by another key");
-        if (codeset.protocol == Protocol::Raw) {
-            const JsonValue& raw = value["raw"];
-            if (raw.type() != common::json::kArray || raw.size() == 0 || raw.size() % 2 == 0 || raw.size() > 1024) {
-                Fail(where + ".raw", "must be an odd number (at most 1023) of durations: pulse, space, ..., pulse");
-            }
-            for (unsigned i = 0; i < raw.size(); ++i) {
-                key.raw.push_back(U32(raw[i], where + ".raw", 1000000));
-                if (key.raw.back() == 0) Fail(where + ".raw", "durations must not be 0");
-            }
-        } else if (codeset.protocol == Protocol::Pronto) {
-            key.pronto = Text(value["pronto"], where + ".pronto");
-            try {
-                CProntoCode::Parse(key.pronto);
-            } catch (const std::invalid_argument& e) {
-                Fail(where + ".pronto", e.what());
-            }
-        } else {
-            key.scancode = Unsigned(value["scancode"], where + ".scancode", UINT64_MAX);
-            if ((key.scancode & ~ScancodeLimit(codeset.protocol)) != 0) {
-                std::ostringstream limit;
-                limit << "does not fit " << ProtocolName(codeset.protocol) << " (bits 0x" << std::hex
-                      << ScancodeLimit(codeset.protocol) << ")";
-                Fail(where + ".scancode", limit.str());
-            }
-        }
+        KeyFrame(value, codeset, where, key);
         codeset.keys.push_back(std::move(key));
     }
     if (codeset.keys.empty()) Fail(path + ".keys", "must name at least one key");
+}
+
+// {"Cool_22": {"power": "on", "mode": "cool", "setpoint": 22, "raw": [...]}, ...}
+void States(const JsonValue& entry, Codeset& codeset, const std::string& path) {
+    const JsonValue& states = Object(entry, "states", path);
+    const auto word = [](const JsonValue& value, const std::string& where, std::initializer_list<const char*> allowed) {
+        if (value.isNull()) return std::string();
+        const std::string text = Text(value, where);
+        for (const char* one : allowed) {
+            if (text == one) return text;
+        }
+        Fail(where, "'" + text + "' is not one of the library's words");
+    };
+    for (const auto& name : states.getMemberNames()) {
+        const std::string where = path + ".states." + name;
+        const JsonValue& value = states[name];
+        if (value.type() != common::json::kObject) Fail(where, "must be an object");
+        AcStateEntry state;
+        state.frame.name = name;
+        state.power = word(value["power"], where + ".power", {"on", "off"});
+        state.mode = word(value["mode"], where + ".mode", {"auto", "cool", "dry", "fan", "heat"});
+        state.fan = word(value["fan"], where + ".fan", {"low", "medium", "high", "auto"});
+        if (state.power.empty()) Fail(where + ".power", "is required");
+        state.hasSetpoint = !value["setpoint"].isNull();
+        if (state.hasSetpoint) state.setpoint = Number(value["setpoint"], where + ".setpoint");
+        KeyFrame(value, codeset, where, state.frame);
+        codeset.states.push_back(std::move(state));
+    }
+    if (codeset.states.empty()) Fail(path + ".states", "must name at least one state");
 }
 
 Codeset One(const JsonValue& entry, const std::string& path) {
@@ -80,13 +137,7 @@ Codeset One(const JsonValue& entry, const std::string& path) {
     if (!entry["source"].isNull()) codeset.source = Text(entry["source"], path + ".source");
     const std::string protocol = Text(entry["protocol"], path + ".protocol");
     if (!ProtocolFromName(protocol, codeset.protocol)) Fail(path + ".protocol", "'" + protocol + "' is not a known protocol");
-    switch (codeset.protocol) {
-        case Protocol::Rc5: case Protocol::Rc5x: case Protocol::Rc6Mode0: codeset.carrier = 36000; break;
-        case Protocol::Sony12: case Protocol::Sony15: case Protocol::Sony20: case Protocol::Pioneer:
-            codeset.carrier = 40000;
-            break;
-        default: codeset.carrier = 38000; break;
-    }
+    codeset.carrier = DefaultCarrier(codeset.protocol);
     if (!entry["carrier"].isNull()) codeset.carrier = U32(entry["carrier"], path + ".carrier", 1000000);
     if (codeset.carrier < 10000 && codeset.protocol != Protocol::Pronto) Fail(path + ".carrier", "must be at least 10000 Hz");
     if (!entry["duty_cycle"].isNull()) codeset.dutyCycle = U32(entry["duty_cycle"], path + ".duty_cycle", 100);
@@ -95,6 +146,8 @@ Codeset One(const JsonValue& entry, const std::string& path) {
     if (codeset.protocol == Protocol::Aircon) {
         codeset.frame = CAcFormatReader::Read(entry, path);
         if (!entry["family"].isNull()) codeset.family = Text(entry["family"], path + ".family");
+    } else if (codeset.protocol == Protocol::AcStates) {
+        States(entry, codeset, path);
     } else {
         Keys(entry, codeset, path);
     }
@@ -130,6 +183,7 @@ const Codeset* CCodesetLibrary::Find(const std::string& name) const {
 std::string CCodesetLibrary::KeyMapText(const Codeset& codeset) {
     std::ostringstream out;
     auto quoted = [&](const std::string& word) { out << JsonValue(word).toString(); };
+    if (codeset.protocol == Protocol::AcStates) return CAcStateTable::KeyMapText(codeset);
     if (codeset.protocol != Protocol::Aircon) {
         out << '{';
         for (std::size_t i = 0; i < codeset.keys.size(); ++i) {

@@ -22,7 +22,7 @@ const ProtocolWord kProtocols[] = {
     {Protocol::Nec42, "nec42", false, true},     {Protocol::Kaseikyo, "kaseikyo", false, true},
     {Protocol::Rca, "rca", false, true},         {Protocol::Pioneer, "pioneer", false, true},
     {Protocol::Raw, "raw", false, false},        {Protocol::Pronto, "pronto", false, false},
-    {Protocol::Aircon, "aircon", false, false},
+    {Protocol::Aircon, "aircon", false, false},   {Protocol::AcStates, "ac_states", false, false},
 };
 
 }  // namespace

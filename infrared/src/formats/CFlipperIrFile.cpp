@@ -181,6 +181,7 @@ std::vector<FlipperSignal> CFlipperIrFile::Parse(const std::string& text, const 
             if (open) reader.Close(pending, out);
             if (out.size() == kMaxSignals) reader.Fail(number, "more than " + std::to_string(kMaxSignals) + " signals");
             if (value.empty()) reader.Fail(number, "a signal needs a name");
+            if (!IsUtf8(value)) reader.Fail(number, "the name is not UTF-8 text");
             pending = Pending{};
             pending.signal.name = value;
             pending.signal.line = number;

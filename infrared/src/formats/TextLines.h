@@ -49,4 +49,28 @@ inline bool ParseDecimal(const std::string& text, std::uint64_t& out) {
     return true;
 }
 
+// Well-formed UTF-8 (no overlong forms, surrogates or values past U+10FFFF): names become JSON
+// text, which must be UTF-8.
+inline bool IsUtf8(const std::string& text) {
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* end = p + text.size();
+    while (p < end) {
+        const unsigned c = *p++;
+        if (c < 0x80) continue;
+        int more = 0;
+        unsigned value = 0, min = 0;
+        if ((c & 0xe0) == 0xc0) more = 1, value = c & 0x1f, min = 0x80;
+        else if ((c & 0xf0) == 0xe0) more = 2, value = c & 0x0f, min = 0x800;
+        else if ((c & 0xf8) == 0xf0) more = 3, value = c & 0x07, min = 0x10000;
+        else return false;
+        if (end - p < more) return false;
+        for (int i = 0; i < more; ++i, ++p) {
+            if ((*p & 0xc0) != 0x80) return false;
+            value = value << 6 | (*p & 0x3f);
+        }
+        if (value < min || value > 0x10ffff || (value >= 0xd800 && value <= 0xdfff)) return false;
+    }
+    return true;
+}
+
 }  // namespace infrared

@@ -12,10 +12,11 @@ namespace infrared {
 
 // Key protocols. The first twelve have a Linux kernel encoder (LIRC_MODE_SCANCODE; rc5x is sent
 // as the kernel's rc5); all up to Pioneer are scancode protocols this library encodes itself.
+// AcStates: an air conditioner known only by captures of some of its states (an imported file).
 enum class Protocol {
     Nec, NecX, Nec32, Rc5, Rc5x, Rc6Mode0, Sony12, Sony15, Sony20, Jvc, Sanyo, Sharp,
     Nec42, Kaseikyo, Rca, Pioneer,
-    Raw, Pronto, Aircon
+    Raw, Pronto, Aircon, AcStates
 };
 
 const char* ProtocolName(Protocol protocol);       // the codesets file's word ("nec", "rc6_0", ...)
@@ -29,6 +30,20 @@ struct CodesetKey {
     std::uint64_t scancode = 0;        // scancode protocols (42 bits at most)
     std::vector<std::uint32_t> raw;    // Raw: pulse, space, pulse, ... in microseconds
     std::string pronto;                // Pronto: the hex words as written
+    Protocol protocol = Protocol::Nec; // what it sends: the codeset's unless the key names its own
+    std::uint32_t carrier = 0;         // Hz; 0: the codeset's
+    std::uint32_t dutyCycle = 0;       // percent; 0: the codeset's
+    std::uint32_t gap = 0;             // Raw: silence after it in µs; 0: the default 50 ms
+};
+
+// One captured air-conditioner state: what its name says (empty / unset: not said) and its frame.
+struct AcStateEntry {
+    CodesetKey frame;                  // frame.name is the state's name; frame.code is unused
+    std::string power;                 // "on", "off"
+    std::string mode;                  // "auto", "cool", "dry", "fan", "heat"
+    std::string fan;                   // "low", "medium", "high", "auto"
+    bool hasSetpoint = false;
+    double setpoint = 0;
 };
 
 // Where a value sits in the frame: a byte index and the bits of that byte it owns.
@@ -157,6 +172,7 @@ struct Codeset {
     std::uint32_t repeats = 0;      // key codesets: extra copies of each frame
     std::vector<CodesetKey> keys;   // file order
     AcFrameFormat frame;            // Aircon only
+    std::vector<AcStateEntry> states;  // AcStates only, file order
 
     const CodesetKey* FindKey(int code) const;
 };

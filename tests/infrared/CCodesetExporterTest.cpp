@@ -1,0 +1,84 @@
+// Export: a codeset written as a lircd.conf remote decodes with irsimreceive as its keys, and a
+// written .ir file imports back to the same codeset.
+#include "infrared/import/CCodesetExporter.h"
+
+#include <gtest/gtest.h>
+
+#include "ImportSupport.h"
+#include "infrared/codeset/DefaultCodesets.h"
+#include "infrared/import/CCodesetImporter.h"
+
+namespace infrared {
+namespace {
+
+// Key codesets of every kind of frame: the shipped ones and one mixing protocols, raw keys and
+// captured air-conditioner states.
+std::shared_ptr<const CCodesetLibrary> Codesets() {
+    std::string text = DefaultCodesetsText();
+    const std::string mixed =
+        R"({"name":"MIXED","protocol":"nec","keys":{)"
+        R"("power":{"code":10,"scancode":"0x0408"},"swing":{"code":13,"protocol":"rc5","scancode":"0x1350"},)"
+        R"("timer":{"code":14,"protocol":"kaseikyo","scancode":"0x325441001b"},)"
+        R"("mode":{"code":76,"protocol":"sony20","scancode":"0x157d53"},)"
+        R"("light":{"code":1000,"protocol":"raw","carrier":38000,"raw":[3000,1500,500,1500,500,500,500],"gap":30000}}},)"
+        R"({"name":"STATES","protocol":"ac_states","states":{)"
+        R"("Off":{"power":"off","raw":[4000,2000,600,1600,600,600,600,1600,600]},)"
+        R"("Cool_22":{"power":"on","mode":"cool","setpoint":22,"raw":[4000,2000,600,600,600,1600,600,600,600]}}})";
+    text.insert(text.find('[') + 1, mixed + ",");
+    return CCodesetLibrary::Parse(text);
+}
+
+TEST(CCodesetExporter, LircdExportsDecodeAsTheirKeysWithIrsimreceive) {
+    const auto library = Codesets();
+    std::size_t exported = 0;
+    const std::string mode2 = irtest::TempDir() + "/sent.txt";
+    for (const auto& codeset : library->Codesets()) {
+        if (codeset.protocol == Protocol::Aircon) {
+            EXPECT_THROW(CCodesetExporter::ToLircd(codeset), std::invalid_argument);
+            continue;
+        }
+        const auto sent = irtest::SendAll(library, codeset.name, mode2);
+        const auto decoded = irtest::IrsimReceive(CCodesetExporter::ToLircd(codeset), mode2);
+        ASSERT_TRUE(decoded.ran) << decoded.error;
+        EXPECT_EQ(irtest::Presses(decoded.keys), irtest::Presses(sent)) << codeset.name;
+        ++exported;
+    }
+    EXPECT_GE(exported, 6u);
+}
+
+TEST(CCodesetExporter, FlipperExportsImportBackToTheSameCodeset) {
+    const auto library = Codesets();
+    const std::pair<const char*, ApplianceKind> cases[] = {
+        {"HFAN0001", ApplianceKind::Fan}, {"HPUR0002", ApplianceKind::Purifier}, {"HHUM0003", ApplianceKind::Humidifier},
+        {"MIXED", ApplianceKind::Fan}, {"STATES", ApplianceKind::Aircon}};
+    for (const auto& [name, kind] : cases) {
+        const Codeset& original = *library->Find(name);
+        CCodesetImporter::Options options;
+        options.kindGiven = true;
+        options.kind = kind;
+        options.name = name;
+        const ImportedFile report = CCodesetImporter::ImportText(CCodesetExporter::ToFlipper(original), "x.ir", options);
+        ASSERT_EQ(report.error, "") << name;
+        EXPECT_TRUE(report.refused.empty()) << name;
+        const auto back = irtest::Library({report.codesets[0].json});
+        const Codeset& again = back->Codesets()[0];
+        ASSERT_EQ(again.keys.size(), original.keys.size()) << name;
+        for (std::size_t i = 0; i < original.keys.size(); ++i) {
+            const CodesetKey* key = again.FindKey(original.keys[i].code);
+            ASSERT_NE(key, nullptr) << name << " " << original.keys[i].name;
+            EXPECT_EQ(key->name, original.keys[i].name);
+            EXPECT_EQ(key->protocol, original.keys[i].protocol) << name << " " << key->name;
+            EXPECT_EQ(key->scancode, original.keys[i].scancode) << name << " " << key->name;
+            EXPECT_EQ(key->raw, original.keys[i].raw) << name << " " << key->name;
+        }
+        ASSERT_EQ(again.states.size(), original.states.size());
+        for (std::size_t i = 0; i < original.states.size(); ++i) {
+            EXPECT_EQ(again.states[i].frame.name, original.states[i].frame.name);
+            EXPECT_EQ(again.states[i].mode, original.states[i].mode);
+            EXPECT_EQ(again.states[i].frame.raw, original.states[i].frame.raw);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace infrared

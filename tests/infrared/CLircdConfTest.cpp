@@ -1,0 +1,118 @@
+#include "infrared/formats/CLircdConf.h"
+
+#include <gtest/gtest.h>
+
+#include "infrared/formats/CFormatError.h"
+
+namespace infrared {
+namespace {
+
+const std::string kRemote =
+    "# a comment\n"
+    "begin remote\n"
+    "  name  Fan\n"
+    "  bits 16\n"
+    "  flags SPACE_ENC|CONST_LENGTH | REVERSE\n"
+    "  eps 30\n  aeps 100\n"
+    "  header 9000 4500\n  one 560 1690\n  zero 560 560\n  ptrail 560\n  repeat 9000 2250\n"
+    "  pre_data_bits 16\n  pre_data 0x10EF\n  gap 108000\n  min_repeat 1\n  toggle_bit_mask 0x0\n"
+    "  frequency 38000\n  duty_cycle 33\n"
+    "  begin codes\n    KEY_POWER 0x00FF   # power\n    SPEED+ 0x807F 0x40BF\n  end codes\n"
+    "end remote\n"
+    "begin remote\n  name Learned\n  flags RAW_CODES\n  gap 40000\n"
+    "  begin raw_codes\n    name one\n      900 450 560\n      560 560\n    name two\n      100 200 300\n  end raw_codes\n"
+    "end remote\n";
+
+TEST(CLircdConf, ReadsCodedAndRawRemotes) {
+    const auto remotes = CLircdConf::Parse(kRemote, "f.conf");
+    ASSERT_EQ(remotes.size(), 2u);
+    const LircRemote& r = remotes[0];
+    EXPECT_EQ(r.name, "Fan");
+    EXPECT_EQ(r.line, 2u);
+    EXPECT_EQ(r.encoding, LircRemote::Encoding::Space);
+    EXPECT_TRUE(r.constLength);
+    EXPECT_TRUE(r.reverse);
+    EXPECT_EQ(r.AllBits(), 32u);
+    EXPECT_EQ(r.preData, 0x10EFu);
+    EXPECT_EQ(r.header.pulse, 9000u);
+    EXPECT_EQ(r.repeat.space, 2250u);
+    EXPECT_EQ(r.minRepeat, 1u);
+    EXPECT_EQ(r.dutyCycle, 33u);
+    ASSERT_EQ(r.buttons.size(), 2u);
+    EXPECT_EQ(r.buttons[1].name, "SPEED+");
+    EXPECT_EQ(r.buttons[1].line, 22u);
+    EXPECT_EQ(r.buttons[1].codes, (std::vector<std::uint64_t>{0x807F, 0x40BF}));
+    const LircRemote& raw = remotes[1];
+    EXPECT_EQ(raw.encoding, LircRemote::Encoding::Raw);
+    ASSERT_EQ(raw.buttons.size(), 2u);
+    EXPECT_EQ(raw.buttons[0].durations, (std::vector<std::uint32_t>{900, 450, 560, 560, 560}));
+}
+
+TEST(CLircdConf, WrittenFileReadsBackTheSameRemotes) {
+    const auto remotes = CLircdConf::Parse(kRemote, "f.conf");
+    const auto again = CLircdConf::Parse(CLircdConf::Write(remotes), "again.conf");
+    ASSERT_EQ(again.size(), remotes.size());
+    for (std::size_t i = 0; i < remotes.size(); ++i) {
+        EXPECT_EQ(again[i].name, remotes[i].name);
+        EXPECT_EQ(again[i].encoding, remotes[i].encoding);
+        EXPECT_EQ(again[i].constLength, remotes[i].constLength);
+        EXPECT_EQ(again[i].reverse, remotes[i].reverse);
+        EXPECT_EQ(again[i].preData, remotes[i].preData);
+        EXPECT_EQ(again[i].gap, remotes[i].gap);
+        EXPECT_EQ(again[i].minRepeat, remotes[i].minRepeat);
+        EXPECT_EQ(again[i].repeat.pulse, remotes[i].repeat.pulse);
+        ASSERT_EQ(again[i].buttons.size(), remotes[i].buttons.size());
+        for (std::size_t b = 0; b < remotes[i].buttons.size(); ++b) {
+            EXPECT_EQ(again[i].buttons[b].name, remotes[i].buttons[b].name);
+            EXPECT_EQ(again[i].buttons[b].codes, remotes[i].buttons[b].codes);
+            EXPECT_EQ(again[i].buttons[b].durations, remotes[i].buttons[b].durations);
+        }
+    }
+}
+
+TEST(CLircdConf, RefusesHostileFilesNamingFileAndLine) {
+    const std::string head = "begin remote\n  name r\n  bits 8\n  one 500 1500\n  zero 500 500\n";  // lines 1-5
+    struct Case { std::string text; std::size_t line; const char* reason; };
+    std::string manyRemotes;
+    for (std::size_t i = 0; i <= CLircdConf::kMaxRemotes; ++i) manyRemotes += head + "  begin codes\n    A 1\n  end codes\nend remote\n";
+    const Case cases[] = {
+        {"", 0, "no remote"},
+        {"hello\n", 1, "begin remote"},
+        {head, 5, "ends inside a remote"},
+        {head + "  begin codes\n    A 0x1\n", 7, "ends inside"},
+        {head + "  flags XMP\n", 6, "XMP is not supported"},
+        {head + "  colour red\n", 6, "unknown parameter"},
+        {head + "  one 500\n", 6, "takes 2"},
+        {head + "  gap -5\n", 6, "not a number"},
+        {head + "  gap 99999999999\n", 6, "larger than"},
+        {head + "  header 1000001 500\n", 6, "larger than"},
+        {head + "  frequency 500\n", 6, "frequency"},
+        {head + "  duty_cycle 0\n", 6, "duty_cycle"},
+        {head + "  bits 65\n", 6, "larger than 64"},
+        {head + "  pre_data_bits 60\n  begin codes\n    A 1\n  end codes\nend remote\n", 10, "exceed 64"},
+        {head + "  begin codes\n    A 0x100\n  end codes\nend remote\n", 7, "does not fit 8 bits"},
+        {head + "  begin codes\n  end codes\nend remote\n", 8, "no buttons"},
+        {"begin remote\n  name r\n  bits 8\n  begin codes\n    A 1\n  end codes\nend remote\n", 7, "cannot be sent"},
+        {"begin remote\n  name r\n  flags RAW_CODES\n  begin raw_codes\n    100 200\n", 5, "before the first name"},
+        {"begin remote\n  name r\n  flags RAW_CODES\n  begin raw_codes\n    name a\n    100 0 100\n", 6, "duration of 0"},
+        {"begin remote\n  name r\n  begin raw_codes\n", 3, "needs flags RAW_CODES"},
+        {"include \"/etc/passwd\"\n", 1, "include"},
+        {head + "  begin codes\n    Vol\xfc 1\n", 7, "not UTF-8"},
+        {"begin remote\n  name f\xe8te\n", 2, "not UTF-8"},
+        {head + std::string("  na\0me x\n", 10), 6, "binary"},
+        {manyRemotes, 1 + 9 * CLircdConf::kMaxRemotes, "more than 256 remotes"},
+    };
+    for (const auto& c : cases) {
+        try {
+            CLircdConf::Parse(c.text, "bad.conf");
+            ADD_FAILURE() << "accepted: " << c.text.substr(0, 80);
+        } catch (const CFormatError& e) {
+            EXPECT_EQ(e.Line(), c.line) << e.what();
+            EXPECT_NE(e.Reason().find(c.reason), std::string::npos) << e.what() << " (wanted " << c.reason << ")";
+            EXPECT_EQ(std::string(e.what()).rfind("bad.conf:", 0), 0u);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace infrared
