@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "CFrameReport.h"
-#include "infrared/codeset/CCodesetFile.h"
+#include "infrared/codeset/CCodesetsFile.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "infrared/decode/CRawFrame.h"
 #include "infrared/encode/CKeyEncoder.h"
@@ -96,7 +96,7 @@ bool CReceiveCommands::load(bool shippedOnly) {
     if (!shippedOnly && !options_.platform.codesetsFile.empty()) {
         name = options_.platform.codesetsFile;
         try {
-            text = infrared::ReadFormatFile(name, infrared::CCodesetFile::kMaxBytes);
+            text = infrared::ReadFormatFile(name, infrared::CCodesetsFile::kMaxBytes);
         } catch (const infrared::CFormatError& error) {
             error_ = error.what();
             return false;
@@ -240,8 +240,8 @@ int CReceiveCommands::learnKey() {
         learned.raw = first->durations;
         learned.carrier = first->carrier;
         try {
-            infrared::CCodesetFile::PutKey(options_.platform.codesetsFile, options_.values.at("codeset"), learned);
-        } catch (const infrared::CCodesetFileError& error) {
+            infrared::CCodesetsFile::PutKey(options_.platform.codesetsFile, options_.values.at("codeset"), learned);
+        } catch (const infrared::CCodesetsFileError& error) {
             return fail(error.what(), 1);
         }
         say("Learned '" + key + "' (code " + std::to_string(learned.code) + "): " + CFrameReport::Summary(*first) +
@@ -260,10 +260,10 @@ int CReceiveCommands::learnAircon() {
     if (frame->kind != DecodedFrame::Kind::Aircon) {
         return fail("not an air conditioner protocol this library knows: " + CFrameReport::Summary(*frame), 1);
     }
-    const std::string json = infrared::CCodesetFile::CodesetJson(infrared::DefaultCodesetsText(), frame->codeset);
+    const std::string json = infrared::CCodesetsFile::CodesetJson(infrared::DefaultCodesetsText(), frame->codeset);
     try {
-        infrared::CCodesetFile::PutCodeset(options_.platform.codesetsFile, json, name);
-    } catch (const infrared::CCodesetFileError& error) {
+        infrared::CCodesetsFile::PutCodeset(options_.platform.codesetsFile, json, name);
+    } catch (const infrared::CCodesetsFileError& error) {
         return fail(error.what(), 1);
     }
     say("Learned an air conditioner of family " + frame->family + " (as codeset " + frame->codeset + "; it sent " +

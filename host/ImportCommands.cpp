@@ -142,7 +142,7 @@ int RunImport(CommandContext& context) {
         status = 1;
     } else {
         try {
-            const auto names = infrared::CCodesetsFile::Merge(out, codesets);
+            const auto names = infrared::CCodesetsFile::PutCodesets(out, codesets);
             result["outcome"] = "wrote " + std::to_string(names.size()) + " codeset(s) to " + out;
         } catch (const std::exception& e) {
             result["outcome"] = out + " left as it was: " + e.what();

@@ -5,8 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cinttypes>
+#include <cstdio>
 #include <cstring>
-#include <stdexcept>
 
 #include "JsonValue.h"
 #include "infrared/codeset/CCodesetLibrary.h"
@@ -15,78 +16,155 @@
 namespace infrared {
 namespace {
 
-constexpr std::size_t kMaxCodesetsFile = 64 * 1024 * 1024;
+using common::json::JsonType;
+using common::json::JsonValue;
 
-// Closes the descriptor it owns.
-class Fd {
-public:
-    explicit Fd(int fd) : fd_(fd) {}
-    ~Fd() {
-        if (fd_ >= 0) ::close(fd_);
+// The file's codesets as JSON; an empty document when the file does not exist yet. A file that
+// is there but not a usable codesets file is never overwritten.
+JsonValue Load(const std::string& path) {
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0 && errno == ENOENT) {
+        JsonValue document(JsonType::kObject);
+        document["codesets"] = JsonValue(JsonType::kArray);
+        return document;
     }
-    Fd(const Fd&) = delete;
-    Fd& operator=(const Fd&) = delete;
-    int Get() const { return fd_; }
-    int Release() { const int fd = fd_; fd_ = -1; return fd; }
-
-private:
-    int fd_;
-};
-
-[[noreturn]] void Fail(const std::string& what) { throw std::runtime_error(what + ": " + std::strerror(errno)); }
-
-}  // namespace
-
-void CCodesetsFile::WriteAtomically(const std::string& path, const std::string& text) {
-    const std::string temporary = path + ".tmp." + std::to_string(::getpid());
-    Fd fd(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    if (fd.Get() < 0) Fail("cannot write " + temporary);
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t n = ::write(fd.Get(), text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) {
-            const int saved = errno;
-            ::unlink(temporary.c_str());
-            errno = saved;
-            Fail("cannot write " + temporary);
-        }
-        done += static_cast<std::size_t>(n);
+    std::string text;
+    try {
+        text = ReadFormatFile(path, CCodesetsFile::kMaxBytes);
+        CCodesetLibrary::Parse(text);
+    } catch (const std::exception& error) {
+        throw CCodesetsFileError(path + " is not a usable codesets file, so it is left alone: " + error.what());
     }
-    if (::fsync(fd.Get()) != 0 || ::close(fd.Release()) != 0 || ::rename(temporary.c_str(), path.c_str()) != 0) {
-        const int saved = errno;
-        ::unlink(temporary.c_str());
-        errno = saved;
-        Fail("cannot replace " + path);
+    return JsonValue::Create(text);
+}
+
+// The index of codeset `name` in the document, or its size when absent.
+unsigned Find(const JsonValue& codesets, const std::string& name) {
+    unsigned i = 0;
+    for (; i < codesets.size(); ++i) {
+        if (codesets[i]["name"].asString() == name) break;
+    }
+    return i;
+}
+
+void Store(const std::string& path, const JsonValue& document) {
+    const std::string text = document.toString(true) + "\n";
+    try {
+        CCodesetLibrary::Parse(text);
+    } catch (const std::exception& error) {
+        throw CCodesetsFileError("not written, " + path + " would not be a valid codesets file: " + error.what());
+    }
+    CCodesetsFile::WriteAtomically(path, text);
+}
+
+// A codeset given as JSON text; its members are checked with the whole file before it is written.
+JsonValue Entry(const std::string& codesetJson) {
+    JsonValue codeset = JsonValue::Create(codesetJson);
+    if (codeset.type() != JsonType::kObject) throw CCodesetsFileError("not a codeset: " + codesetJson.substr(0, 80));
+    return codeset;
+}
+
+// Puts `codeset` under `name`, in the place of a codeset of that name or at the end.
+void Put(JsonValue& codesets, JsonValue codeset, const std::string& name) {
+    codeset["name"] = JsonValue(name);
+    const unsigned at = Find(codesets, name);
+    if (at == codesets.size()) {
+        codesets.append(codeset);
+    } else {
+        codesets[at] = codeset;
     }
 }
 
-std::vector<std::string> CCodesetsFile::Merge(const std::string& path, const std::vector<std::string>& codesets) {
-    using common::json::JsonValue;
-    JsonValue root(common::json::kObject);
-    root["codesets"] = JsonValue(common::json::kArray);
-    struct stat info {};
-    if (::stat(path.c_str(), &info) == 0) {
-        root = JsonValue::Create(ReadFormatFile(path, kMaxCodesetsFile));
-        CCodesetLibrary::Parse(root.isNull() ? std::string("-") : root.toString());  // refuses a bad file as it is
+JsonValue KeyJson(const LearnedKey& key) {
+    JsonValue entry(JsonType::kObject);
+    entry["code"] = JsonValue(key.code);
+    if (key.protocol == Protocol::Raw) {
+        JsonValue raw(JsonType::kArray);
+        for (const std::uint32_t d : key.raw) raw.append(JsonValue(static_cast<long long>(d)));
+        entry["raw"] = raw;
+    } else {
+        char hex[24];
+        std::snprintf(hex, sizeof hex, "0x%04" PRIx64, key.scancode);
+        entry["scancode"] = JsonValue(hex);
     }
-    JsonValue& list = root["codesets"];
+    return entry;
+}
+
+}  // namespace
+
+void CCodesetsFile::PutKey(const std::string& path, const std::string& codeset, const LearnedKey& key) {
+    JsonValue document = Load(path);
+    JsonValue& codesets = document["codesets"];
+    const unsigned at = Find(codesets, codeset);
+    const std::string protocol = ProtocolName(key.protocol);
+    if (at == codesets.size()) {
+        JsonValue entry(JsonType::kObject);
+        entry["name"] = JsonValue(codeset);
+        entry["source"] = JsonValue("learned from a remote");
+        entry["protocol"] = JsonValue(protocol);
+        if (key.carrier != 0) entry["carrier"] = JsonValue(static_cast<long long>(key.carrier));
+        entry["keys"] = JsonValue(JsonType::kObject);
+        codesets.append(entry);
+    }
+    JsonValue& entry = codesets[at];
+    const std::string has = entry["protocol"].asString();
+    if (has != protocol) {
+        throw CCodesetsFileError("codeset " + codeset + " in " + path + " is " + has + ", but this remote sends " +
+                                protocol + ": learn this key into another codeset (--codeset " + codeset +
+                                "_" + protocol + "), or learn all of them again into a new one");
+    }
+    entry["keys"][key.name] = KeyJson(key);
+    Store(path, document);
+}
+
+void CCodesetsFile::PutCodeset(const std::string& path, const std::string& codesetJson, const std::string& name) {
+    JsonValue document = Load(path);
+    Put(document["codesets"], Entry(codesetJson), name);
+    Store(path, document);
+}
+
+std::vector<std::string> CCodesetsFile::PutCodesets(const std::string& path, const std::vector<std::string>& codesets) {
+    JsonValue document = Load(path);
     std::vector<std::string> names;
-    for (const auto& text : codesets) {
-        JsonValue entry = JsonValue::Create(text);
-        const std::string name = entry["name"].asString();
-        JsonValue kept(common::json::kArray);
-        for (unsigned i = 0; i < list.size(); ++i) {
-            if (!(list[i]["name"].isString() && list[i]["name"].asString() == name)) kept.append(list[i]);
-        }
-        kept.append(std::move(entry));
-        list = std::move(kept);
-        names.push_back(name);
+    for (const std::string& text : codesets) {
+        JsonValue entry = Entry(text);
+        names.push_back(entry["name"].asString());
+        Put(document["codesets"], std::move(entry), names.back());
     }
-    const std::string text = root.toString(true) + "\n";
-    CCodesetLibrary::Parse(text);
-    WriteAtomically(path, text);
+    Store(path, document);
     return names;
+}
+
+std::string CCodesetsFile::CodesetJson(const std::string& fileText, const std::string& name) {
+    const JsonValue document = JsonValue::Create(fileText);
+    if (document.type() != JsonType::kObject) return std::string();
+    const JsonValue& codesets = document["codesets"];
+    if (codesets.type() != JsonType::kArray) return std::string();
+    const unsigned at = Find(codesets, name);
+    return at == codesets.size() ? std::string() : codesets[at].toString(true);
+}
+
+void CCodesetsFile::WriteAtomically(const std::string& path, const std::string& text) {
+    std::string temporary = path + ".XXXXXX";
+    const int fd = ::mkstemp(temporary.data());
+    if (fd < 0) throw CCodesetsFileError("cannot write beside " + path + ": " + std::strerror(errno));
+    struct stat old {};
+    if (::stat(path.c_str(), &old) == 0) ::fchmod(fd, old.st_mode & 07777);
+    else ::fchmod(fd, 0644);
+    std::size_t done = 0;
+    int error = 0;
+    while (done < text.size() && error == 0) {
+        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno != EINTR) error = errno;
+        if (n > 0) done += static_cast<std::size_t>(n);
+    }
+    if (error == 0 && ::fsync(fd) != 0) error = errno;
+    if (::close(fd) != 0 && error == 0) error = errno;
+    if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
+    if (error != 0) {
+        ::unlink(temporary.c_str());
+        throw CCodesetsFileError("cannot write " + path + ": " + std::strerror(error));
+    }
 }
 
 }  // namespace infrared
