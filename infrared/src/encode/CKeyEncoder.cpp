@@ -8,7 +8,10 @@ namespace infrared {
 namespace {
 
 // Pulse-distance codes (NEC family, JVC, Sanyo, Sharp): every bit is one mark, then a short
-// (0) or long (1) space; bits go out least significant first.
+// (0) or long (1) space; bits go out least significant first. `period` is the published
+// start-to-start time of repeated frames (NEC 108 ms, JVC 60 ms; 0: none), so a copy starts
+// where the remote's own would and receivers that time repeats accept it; `minimumGap` is the
+// silence kept after a frame whatever its length, so the receiver sees the frame end.
 struct DistanceCode {
     std::uint32_t headerMark, headerSpace, mark, zero, one, trailer, period, minimumGap;
 };
@@ -134,6 +137,7 @@ void Sony(CPulseWriter& w, Protocol protocol, std::uint64_t sc) {
         w.Mark(((bits >> i) & 1u) != 0 ? 1200 : 600);
         w.Space(600);
     }
+    // Sony remotes repeat every 45 ms, start to start, whatever the frame's length.
     w.EndFrame(45000, 10000);
 }
 

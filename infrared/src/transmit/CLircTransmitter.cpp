@@ -65,6 +65,8 @@ CLircTransmitter::CLircTransmitter(const std::string& path, std::shared_ptr<ILir
             const int result = device_->Ioctl(fd_, LIRC_SET_TRANSMITTER_MASK, &all);
             emitters_ = result > 0 ? result : 32;
         }
+        // No feature bit says whether the driver has kernel encoders: asking for the mode is the
+        // only way to know (drivers without them refuse it). Pulses stay the mode in between.
         std::uint32_t scancode = LIRC_MODE_SCANCODE;
         scancodes_ = device_->Ioctl(fd_, LIRC_SET_SEND_MODE, &scancode) == 0;
         mode_ = scancodes_ ? LIRC_MODE_SCANCODE : LIRC_MODE_PULSE;
