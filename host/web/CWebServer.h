@@ -21,6 +21,7 @@
 #include "CRequestGuard.h"
 #include "CRequestRecorder.h"
 #include "CWebApi.h"
+#include "CWebLearn.h"
 #include "GlibHandles.h"
 
 namespace ircontrol::host {
@@ -30,6 +31,7 @@ struct WebOptions {
     int timeoutMs = 2000;
     std::size_t maxStreams = 16;
     std::size_t maxQueued = 512;
+    WebLearnOptions learn;
 };
 
 class CWebServer {
@@ -71,6 +73,7 @@ private:
     CEventHub hub_;
     CRequestRecorder recorder_;
     CJobRunner runner_;
+    CWebLearn learn_;  // after the runner and recorder its thread uses
     CWebApi api_;
     GObjectPtr<SoupServer> server_;
     // Paused API messages waiting for the worker, by token; loop thread only.
