@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 
 #include "CFrameReport.h"
 #include "infrared/codeset/CCodesetFile.h"
@@ -141,9 +142,10 @@ std::optional<DecodedFrame> CKeyLearner::press(int number) {
             return std::move(frame);
         }
     }
-    error_ = receiver_->Live()
-                 ? "no press within " + std::to_string(job_.waitMs / 1000) + " s on " + receiver_->Describe()
-                 : receiver_->Describe() + " has no more presses";
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%g", job_.waitMs / 1000.0);
+    error_ = receiver_->Live() ? "no press within " + std::string(seconds) + " s on " + receiver_->Describe()
+                               : receiver_->Describe() + " has no more presses";
     return std::nullopt;
 }
 
