@@ -64,6 +64,16 @@ class BrowserTest(unittest.TestCase):
                     for b in self.page.remote("HPUR0002").find_elements(By.CSS_SELECTOR, ".keys button")]
         self.assertEqual(purifier, ["10", "11", "12", "13", "14", "76"])
 
+    def test_learning_without_a_receiver_says_what_is_missing(self):
+        self.page.remote("HFAN0001").find_element(By.CSS_SELECTOR, "button.learn").click()
+        self.driver.find_element(By.ID, "learn-key").send_keys("boost")
+        self.driver.find_element(By.ID, "learn-code").send_keys("77")
+        self.driver.find_element(By.ID, "learn-start").click()
+        status = self.driver.find_element(By.ID, "learn-status")
+        self.page.wait(lambda d: status.text.startswith("Not started"))
+        self.assertIn("no receiver configured", status.text)
+        self.assertEqual(status.get_attribute("class"), "result bad")
+
     def test_refused_key_shows_its_reason(self):
         payload = json.dumps({"x.com.korvan.deviceType": "oic.d.fan", "x.com.korvan.codesetName": "HFAN0001",
                               "x.com.korvan.codesetKey": 15})

@@ -28,7 +28,7 @@ def learn_events(host, body):
     return [e for e in events if e.get("type") in ("learn", "devices")]
 
 
-class LearnTest(unittest.TestCase):
+class LearnBase(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
@@ -52,7 +52,11 @@ class LearnTest(unittest.TestCase):
         options = ["--devices", self.devices, "--timeout", "500", "--ir-device", "mode2:" + self.sent]
         if codesets:
             options += ["--codesets", self.codesets]
-        if receiver:
+        if receiver == "pipe":
+            self.pipe = os.path.join(folder, "presses.fifo")
+            os.mkfifo(self.pipe)
+            options += ["--ir-receiver", self.pipe]
+        elif receiver:
             options += ["--ir-receiver", learnfiles.presses(folder, "presses.txt", *presses)]
         host = WebHost(*options)
         self.addCleanup(host.stop)
@@ -62,6 +66,9 @@ class LearnTest(unittest.TestCase):
         with open(self.codesets) as text:
             return text.read()
 
+
+
+class LearnTest(LearnBase):
     def test_a_learned_key_is_written_and_the_remote_sends_it(self):
         host = self.start(self.power, self.power)
         events = learn_events(host, {"codeset": "MYFAN", "key": "power", "code": 10, "timeoutMs": 2000})
@@ -130,6 +137,59 @@ class LearnTest(unittest.TestCase):
         events = learn_events(host, {"codeset": "MYAC", "ac": True})
         self.assertEqual([e["step"] for e in events], ["waiting", "arrived", "failed"])
         self.assertIn("not an air conditioner", events[-1]["reason"])
+
+
+class LearnFromAPipeTest(LearnBase):
+    """A named pipe is a receiver that waits, as a device does: presses come when the test writes them."""
+
+    def test_presses_written_when_asked_for_are_learned(self):
+        host = self.start(receiver="pipe")
+        writer = None
+        asked = []
+
+        def until(event):
+            nonlocal writer
+            if event.get("step") == "waiting":
+                asked.append(event["press"])
+                if writer is None:
+                    writer = open(self.pipe, "w")  # the server holds the reading end
+                writer.write(self.power)
+                writer.flush()  # kept open: the press ends by the silence after it
+            return event.get("step") in ("saved", "failed")
+
+        status, _, _ = host.request("POST", "/api/learn", {"codeset": "MYFAN", "key": "power", "code": 10,
+                                                           "timeoutMs": 10000})
+        self.assertEqual(status, 202)
+        events = read_events(host, until, timeout=20)
+        writer.close()
+        self.assertEqual(asked, [1, 2])
+        self.assertEqual(events[-1]["step"], "saved", events[-1])
+        self.assertIn('"power"', self.written())
+
+    def test_no_press_within_the_wait(self):
+        host = self.start(receiver="pipe")
+        events = learn_events(host, {"codeset": "MYFAN", "key": "power", "code": 10, "timeoutMs": 300})
+        self.assertEqual([e["step"] for e in events], ["waiting", "failed"])
+        self.assertEqual(events[-1]["reason"], "no press within 0.3 s on " + self.pipe)
+        self.assertEqual(self.written(), self.before)
+
+    def test_one_learn_at_a_time_and_cancel_stops_it(self):
+        host = self.start(receiver="pipe")
+        body = {"codeset": "MYFAN", "key": "power", "code": 10, "timeoutMs": 600000}
+        self.assertEqual(host.request("POST", "/api/learn", body)[0], 202)
+        answers = []
+
+        def until(event):
+            if event.get("step") == "waiting" and not answers:
+                answers.append(host.request("POST", "/api/learn", body)[0])
+                answers.append(host.request("DELETE", "/api/learn")[0])
+            return event.get("step") == "failed"
+
+        events = read_events(host, until, timeout=20)
+        self.assertEqual(answers, [409, 200])
+        self.assertEqual(events[-1]["reason"], "cancelled")
+        # Done: another may start.
+        self.assertEqual(host.request("POST", "/api/learn", dict(body, timeoutMs=100))[0], 202)
 
 
 if __name__ == "__main__":
