@@ -188,8 +188,11 @@ class LearnFromAPipeTest(LearnBase):
         events = read_events(host, until, timeout=20)
         self.assertEqual(answers, [409, 200])
         self.assertEqual(events[-1]["reason"], "cancelled")
-        # Done: another may start.
-        self.assertEqual(host.request("POST", "/api/learn", dict(body, timeoutMs=100))[0], 202)
+        # Done: another may start, and stopping the server ends it.
+        self.assertEqual(host.request("POST", "/api/learn", body)[0], 202)
+        status, out, err = host.stop()
+        self.assertEqual(status, 0, (out, err))
+        self.assertIn("library unloaded", out)
 
 
 if __name__ == "__main__":
