@@ -83,11 +83,18 @@ WebReply CWebLearn::Start(const JsonValue& body) {
     LearnJob learn;
     std::string error;
     if (!job(body, learn, error)) return ErrorReply(400, error);
-    if (options_.receiver.empty()) {
-        return ErrorReply(503, "no receiver configured: start the web remote with --ir-receiver DEV|FILE");
-    }
-    if (options_.codesetsFile.empty()) {
-        return ErrorReply(503, "learning writes into the codesets file: start the web remote with --codesets FILE");
+    const char* missing = options_.receiver.empty()
+                              ? "no receiver configured: start the web remote with --ir-receiver DEV|FILE"
+                          : options_.codesetsFile.empty()
+                              ? "learning writes into the codesets file: start the web remote with --codesets FILE"
+                              : nullptr;
+    if (missing != nullptr) {
+        // Every page learns why, as it would of a learn that failed.
+        LearnStep failed;
+        failed.kind = LearnStep::Kind::Failed;
+        failed.text = missing;
+        publish(learn, failed);
+        return ErrorReply(503, missing);
     }
     if (running_) return ErrorReply(409, "a learn is already running; cancel it first (DELETE /api/learn)");
     if (thread_.joinable()) thread_.join();  // the last learn's thread, already done

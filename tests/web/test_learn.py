@@ -123,6 +123,9 @@ class LearnTest(LearnBase):
                 self.assertEqual(got, status, data)
                 self.assertIn(words, data["error"])
                 self.assertEqual(host.request("DELETE", "/api/learn")[0], 409, "nothing to cancel")
+                if status == 503:  # told on the event stream too
+                    failed = read_events(host, lambda e: e.get("step") == "failed", timeout=10)[-1]
+                    self.assertEqual(failed.get("reason"), data["error"])
                 host.stop()
 
     def test_a_receiver_that_fails_ends_the_learn_with_its_reason(self):
