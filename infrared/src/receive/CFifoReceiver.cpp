@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "CaptureWait.h"
 #include "../formats/TextLines.h"
 #include "infrared/formats/CFormatError.h"
 #include "infrared/receive/CMode2Text.h"
@@ -70,18 +71,14 @@ std::optional<Capture> CFifoReceiver::lines() {
 }
 
 std::optional<Capture> CFifoReceiver::Next(std::chrono::milliseconds timeout) {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + timeout;
-    const auto endSpace = std::chrono::microseconds(CCaptureBuilder::kEndSpace);
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     for (;;) {
         if (auto done = lines()) return done;
-        // Under way, a capture ends after the end space of silence; otherwise wait for the caller's time.
-        const auto now = Clock::now();
-        const bool collecting = builder_.Collecting();
-        if (!collecting && now >= deadline) return std::nullopt;
-        const Clock::duration wait = collecting ? Clock::duration(endSpace) : deadline - now;
-        const auto waitMs = std::chrono::ceil<std::chrono::milliseconds>(wait).count();
-        if (!fill(static_cast<int>(std::clamp<std::int64_t>(waitMs, 1, 60000))) && collecting) return builder_.End();
+        // Under way, a capture ends after the end space of silence (a driver may send no
+        // timeout sample); otherwise wait for the caller's time.
+        const auto waitMs = CaptureWaitMs(builder_, deadline);
+        if (!waitMs) return std::nullopt;
+        if (!fill(*waitMs) && builder_.Collecting()) return builder_.End();
     }
 }
 
