@@ -108,16 +108,9 @@ bool CPlatformSetup::Load(const PlatformOptions& options, std::string& error, bo
         }
         catalogueGiven_ = true;
     }
-    if (!options.codesetsFile.empty()) {
-        if (!ReadOptionFile("codesets", options.codesetsFile, codesetsText_, error, badPath)) return false;
-        // Checked now, so a bad file is refused before anything starts.
-        std::vector<std::pair<std::string, std::string>> keyMaps;
-        if (!sim::IrBlaster::CodesetKeyMaps(codesetsText_, keyMaps, error)) {
-            error = options.codesetsFile + ": " + error;
-            return false;
-        }
-        if (!catalogueGiven_) catalogue_ = std::move(keyMaps);
-    }
+    codesetsFile_ = options.codesetsFile;
+    // Checked now, so a bad file is refused before anything starts.
+    if (!codesetsFile_.empty() && !readCodesets(error, badPath)) return false;
     index();
     irDevice_ = options.irDevice;
     year_ = options.year.value_or(kDefaultYear);
@@ -127,13 +120,41 @@ bool CPlatformSetup::Load(const PlatformOptions& options, std::string& error, bo
 
 void CPlatformSetup::Apply() const {
     sim::Settings::SetString(kDevicesKey, pairingText_);
-    std::string unused;  // checked by Load(); the embedded codesets are checked by the tests
+    applyCodesets();
+    sim::SystemInfo::SetYear(year_);
+    sim::SystemInfo::SetMbrSupport(mbrSupport_);
+}
+
+void CPlatformSetup::applyCodesets() const {
+    std::string unused;  // checked when read; the embedded codesets are checked by the tests
     sim::IrBlaster::SetCodesets(codesetsText_, unused);
     // The codesets' key maps, or those of --catalogue, which replaces them.
     for (const auto& [name, keyMap] : sim::IrBlaster::Catalogue()) sim::IrBlaster::RemoveKeyMap(name);
     for (const auto& [codeset, keyMap] : catalogue_) sim::IrBlaster::SetKeyMap(codeset, keyMap);
-    sim::SystemInfo::SetYear(year_);
-    sim::SystemInfo::SetMbrSupport(mbrSupport_);
+}
+
+bool CPlatformSetup::readCodesets(std::string& error, bool* badPath) {
+    std::string text;
+    if (!ReadOptionFile("codesets", codesetsFile_, text, error, badPath)) return false;
+    std::vector<std::pair<std::string, std::string>> keyMaps;
+    if (!sim::IrBlaster::CodesetKeyMaps(text, keyMaps, error)) {
+        error = codesetsFile_ + ": " + error;
+        return false;
+    }
+    codesetsText_ = std::move(text);
+    if (!catalogueGiven_) catalogue_ = std::move(keyMaps);
+    return true;
+}
+
+bool CPlatformSetup::ReloadCodesets(std::string& error) {
+    if (codesetsFile_.empty()) {
+        error = "no --codesets file to read again";
+        return false;
+    }
+    if (!readCodesets(error, nullptr)) return false;
+    index();
+    applyCodesets();
+    return true;
 }
 
 bool CPlatformSetup::AttachTransmitter(std::string& error) const {

@@ -45,6 +45,9 @@ public:
     // Replaces the pairing list with `text` and writes it to the settings store; false with a
     // one-line reason (the list unchanged) when it is not a usable pairing list.
     bool SetPairing(const std::string& text, std::string& error);
+    // Reads the --codesets file again (the tool wrote into it) and hands its codesets and key
+    // maps to the simulator; false with a one-line reason, everything kept, when it is unusable.
+    bool ReloadCodesets(std::string& error);
 
     const std::string& PairingText() const { return pairingText_; }
     const common::json::JsonValue& PairingJson() const { return pairingJson_; }  // the same, parsed
@@ -75,8 +78,11 @@ private:
     std::vector<std::pair<std::string, std::string>> catalogue_;
     std::unordered_map<std::string, host::KeyMap> keyMaps_;  // codeset -> its catalogue entry, parsed
     void index();
+    void applyCodesets() const;
+    bool readCodesets(std::string& error, bool* badPath);  // codesetsFile_ into the text and key maps
     bool catalogueGiven_ = false;
     std::string codesetsText_;
+    std::string codesetsFile_;  // "" when the embedded codesets are used
     std::string irDevice_;
     int year_ = kDefaultYear;
     bool mbrSupport_ = true;

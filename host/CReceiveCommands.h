@@ -1,8 +1,8 @@
 // The commands that receive IR: `decode` prints what each frame of a file or device is;
 // `learn` keeps a remote's key (two agreeing presses) or an air conditioner's protocol (one
-// press) in a codesets file. They need no plugin. Each returns the exit status (0 done,
-// 1 a failure, 2 a mistake on the command line) after one line on `err` saying why; nothing
-// is thrown. One thread.
+// press) in a codesets file, through CKeyLearner. They need no plugin. Each returns the exit
+// status (0 done, 1 a failure, 2 a mistake on the command line) after one line on `err` saying
+// why; nothing is thrown. One thread.
 #pragma once
 
 #include <memory>
@@ -11,6 +11,7 @@
 #include <string>
 
 #include "CCommandLine.h"
+#include "CKeyLearner.h"
 #include "infrared/decode/CFrameDecoder.h"
 #include "infrared/receive/IReceiver.h"
 #include "infrared/transmit/ILircDevice.h"
@@ -25,20 +26,13 @@ public:
     int Decode();
     int Learn();
 
-    // Whether sending the key `frame` names gives back the frame that arrived in `capture`
-    // (learn keeps the raw timings otherwise).
-    static bool Reproduces(const infrared::Capture& capture, const infrared::DecodedFrame& frame);
-
     static constexpr int kLearnWaitMs = 30000;  // for a press, unless --timeout says otherwise
-    static constexpr int kLearnAttempts = 3;     // pairs of presses that may disagree
 
 private:
     int fail(const std::string& reason, int status);
     bool open(const std::string& source);
-    bool load(bool shippedOnly);
-    std::optional<infrared::DecodedFrame> press(int number);
-    int learnKey();
-    int learnAircon();
+    bool load();
+    void tell(const LearnJob& job, const LearnStep& step);  // learn's progress, printed
     void say(const std::string& line);
     void written(const std::string& key);  // --json: the closing object
 

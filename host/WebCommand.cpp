@@ -14,6 +14,8 @@ int RunWeb(CommandContext& c) {
     const auto listen = c.options.values.find("listen");
     if (listen != c.options.values.end()) web.listen = listen->second;
     web.timeoutMs = c.options.timeoutMs;
+    web.learn.receiver = c.options.irReceiver;
+    web.learn.codesetsFile = c.options.platform.codesetsFile;
     {
         CWebServer server(web, c.session, c.setup);
         std::string error;

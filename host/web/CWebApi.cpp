@@ -45,13 +45,20 @@ bool MethodIn(const std::string& method, const std::string& allowed) {
 
 }  // namespace
 
-CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup)
-    : runner_(runner), recorder_(recorder), session_(session), setup_(setup), followUp_(session, kLookAgain) {}
+CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
+                 CWebLearn& learn)
+    : runner_(runner),
+      recorder_(recorder),
+      session_(session),
+      setup_(setup),
+      learn_(learn),
+      followUp_(session, kLookAgain) {}
 
 std::string CWebApi::Allowed(const std::string& path) {
     if (path == "/api/requests" || path == "/api/key" || path == "/api/ac") return "POST";
     if (path == "/api/devices") return "GET, PUT";
     if (path == "/api/events") return "GET";
+    if (path == "/api/learn") return "POST, DELETE";
     return "";
 }
 
@@ -59,7 +66,9 @@ bool CWebApi::Accepts(const std::string& method, const std::string& path) {
     return MethodIn(method, Allowed(path));
 }
 
-WebReply CWebApi::Error(unsigned status, const std::string& message) {
+WebReply CWebApi::Error(unsigned status, const std::string& message) { return ErrorReply(status, message); }
+
+WebReply ErrorReply(unsigned status, const std::string& message) {
     JsonValue body;
     body["error"] = message;
     body["status"] = static_cast<int>(status);
@@ -77,8 +86,10 @@ void CWebApi::Handle(const std::string& method, const std::string& path, bool wa
     }
     try {
         if (path == "/api/devices") return method == "GET" ? devices(done) : putDevices(body, done);
+        if (path == "/api/learn" && method == "DELETE") return done(learn_.Cancel());
         const JsonValue parsed = JsonValue::Create(body);
         if (parsed.isNull()) return done(Error(400, "the body is not valid JSON"));
+        if (path == "/api/learn") return done(learn_.Start(parsed));
         if (path == "/api/requests") return request(parsed, wait, done);
         return shortcut(path == "/api/key" ? "key" : "ac", parsed, wait, done);
     } catch (const std::exception& e) {

@@ -1,5 +1,5 @@
-// The JSON API behind /api/: requests to the plugin, the key and air-conditioner shortcuts and
-// the pairing list. Handle() runs on the server's loop thread and only validates; the work runs
+// The JSON API behind /api/: requests to the plugin, the key and air-conditioner shortcuts,
+// the pairing list and learning (handed to CWebLearn). Handle() runs on the server's loop thread and only validates; the work runs
 // as a job on the runner's worker thread, which calls `done` exactly once (or `done` is called at
 // once for a request refused before any work). Throws nothing.
 #pragma once
@@ -13,15 +13,11 @@
 #include "CPlatformSetup.h"
 #include "CRequestRecorder.h"
 #include "CSession.h"
+#include "CWebLearn.h"
 #include "JsonValue.h"
+#include "WebReply.h"
 
 namespace ircontrol::host {
-
-struct WebReply {
-    unsigned status = 200;
-    std::string body;   // JSON text
-    std::string allow;  // Allow header of a 405
-};
 
 // Requests are parsed by the tool's one request parser, as serve's JSON lines are, and sent by
 // its session; the parser runs on the worker, beside the pairing-list edits it reads.
@@ -29,7 +25,8 @@ class CWebApi {
 public:
     using Done = std::function<void(WebReply reply)>;
 
-    CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup);
+    CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
+            CWebLearn& learn);
 
     // `body` is already checked to be UTF-8 JSON text of bounded size and depth (or empty).
     void Handle(const std::string& method, const std::string& path, bool wait, const std::string& body, Done done);
@@ -57,6 +54,7 @@ private:
     CRequestRecorder& recorder_;
     CSession& session_;
     CPlatformSetup& setup_;
+    CWebLearn& learn_;
     CLateFollowUp followUp_;    // worker thread only
     bool looking_ = false;      // a look is queued; worker thread only
 };

@@ -57,7 +57,8 @@ CWebServer::CWebServer(const WebOptions& options, CSession& session, CPlatformSe
       hub_(context_.get(), options.maxStreams, kEventHistory),
       recorder_([this](const std::string& json) { hub_.Publish(json); }),
       runner_(options.maxQueued),
-      api_(runner_, recorder_, session, setup) {
+      learn_(options.learn, runner_, recorder_, setup),
+      api_(runner_, recorder_, session, setup, learn_) {
     // The server's sockets attach to the thread-default context when it listens.
     g_main_context_push_thread_default(context_.get());
 }

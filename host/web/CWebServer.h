@@ -20,6 +20,7 @@
 #include "CRequestGuard.h"
 #include "CRequestRecorder.h"
 #include "CWebApi.h"
+#include "CWebLearn.h"
 #include "GlibHandles.h"
 
 namespace ircontrol::host {
@@ -29,6 +30,7 @@ struct WebOptions {
     int timeoutMs = 2000;
     std::size_t maxStreams = 16;
     std::size_t maxQueued = 512;
+    WebLearnOptions learn;
 };
 
 class CWebServer {
@@ -70,6 +72,7 @@ private:
     CEventHub hub_;
     CRequestRecorder recorder_;
     CJobRunner runner_;
+    CWebLearn learn_;  // after the runner and recorder its thread uses
     CWebApi api_;
     GObjectPtr<SoupServer> server_;
     // Paused API messages waiting for the worker, by token; loop thread only.

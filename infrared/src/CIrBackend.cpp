@@ -73,6 +73,11 @@ const Codeset& CIrBackend::pairedCodeset(const std::string& pairing, int deviceI
     throw CTransmitError("no codeset is paired at device index " + std::to_string(deviceIndex));
 }
 
+void CIrBackend::SetCodesets(std::shared_ptr<const CCodesetLibrary> codesets) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    codesets_ = std::move(codesets);
+}
+
 CIrBackend::Result CIrBackend::SendKey(const std::string& pairing, int key, int deviceIndex) {
     std::lock_guard<std::mutex> lock(mutex_);
     Transmission t;

@@ -231,6 +231,7 @@ bool IrBlaster::SetCodesets(const std::string& text, std::string& error) {
     if (!codesets) return false;
     std::lock_guard<std::mutex> lock(State().mutex);
     State().codesets = codesets;
+    if (State().backend) State().backend->SetCodesets(codesets);
     State().catalogue.clear();
     for (const auto& codeset : codesets->Codesets()) {
         State().catalogue[codeset.name] = infrared::CCodesetLibrary::KeyMapText(codeset);

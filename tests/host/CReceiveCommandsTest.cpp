@@ -235,9 +235,9 @@ TEST(CReceiveCommandsTest, AKeyReproducesOnlyTheFrameThatCame) {
         frame.startUs = capture.startUs;
         for (const std::uint32_t d : c.before) frame.startUs += d;
         frame.durationUs = rc5Length;
-        EXPECT_EQ(CReceiveCommands::Reproduces(capture, frame), c.reproduces);
+        EXPECT_EQ(CKeyLearner::Reproduces(capture, frame), c.reproduces);
         frame.scancode = 0x0301;
-        EXPECT_FALSE(CReceiveCommands::Reproduces(capture, frame)) << "another scancode";
+        EXPECT_FALSE(CKeyLearner::Reproduces(capture, frame)) << "another scancode";
     }
 }
 

@@ -11,6 +11,7 @@ from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select
 
 import browser
+import learnfiles
 from webhost import WebHost
 
 # A fan key map with one key the service does not accept (15), to see it disabled.
@@ -56,12 +57,22 @@ class BrowserTest(unittest.TestCase):
 
     def test_keys_outside_the_allow_list_are_disabled(self):
         states = {b.get_attribute("data-key"): b.is_enabled()
-                  for b in self.page.remote("HFAN0001").find_elements(By.CSS_SELECTOR, "button")}
+                  for b in self.page.remote("HFAN0001").find_elements(By.CSS_SELECTOR, ".keys button")}
         self.assertEqual(states, {"power": True, "speed_up": True, "turbo": False})
         # A kind without a key map still gets its accepted keys, by number.
         purifier = [b.get_attribute("data-code")
-                    for b in self.page.remote("HPUR0002").find_elements(By.CSS_SELECTOR, "button")]
+                    for b in self.page.remote("HPUR0002").find_elements(By.CSS_SELECTOR, ".keys button")]
         self.assertEqual(purifier, ["10", "11", "12", "13", "14", "76"])
+
+    def test_learning_without_a_receiver_says_what_is_missing(self):
+        self.page.remote("HFAN0001").find_element(By.CSS_SELECTOR, "button.learn").click()
+        self.driver.find_element(By.ID, "learn-key").send_keys("boost")
+        self.driver.find_element(By.ID, "learn-code").send_keys("77")
+        self.driver.find_element(By.ID, "learn-start").click()
+        status = self.driver.find_element(By.ID, "learn-status")
+        self.page.wait(lambda d: status.text.startswith("Not started"))
+        self.assertIn("no receiver configured", status.text)
+        self.assertEqual(status.get_attribute("class"), "result bad")
 
     def test_refused_key_shows_its_reason(self):
         payload = json.dumps({"x.com.korvan.deviceType": "oic.d.fan", "x.com.korvan.codesetName": "HFAN0001",
@@ -232,6 +243,58 @@ class TwoBrowsersTest(unittest.TestCase):
             finally:
                 first.quit()
                 second.quit()
+
+
+# A frame no protocol reads: learned as its timings, drawn as a waveform of 5 marks.
+RAW_PRESS = "space 100000\npulse 3000\nspace 1000\npulse 500\nspace 500\npulse 1500\nspace 500\npulse 500\n" \
+            "space 1500\npulse 1000\n"
+
+
+class LearnBrowserTest(unittest.TestCase):
+    def test_a_key_is_learned_after_presses_that_differ_and_the_remote_sends_it(self):
+        with tempfile.TemporaryDirectory() as folder:
+            devices = os.path.join(folder, "devices.json")
+            with open(devices, "w") as out:
+                json.dump({"dev_info": [{"codeset": "MYFAN", "device_index": 1, "type": "oic.d.fan"},
+                                        {"codeset": "MYAC", "device_index": 2, "type": "oic.d.airconditioner"}]}, out)
+            nec = learnfiles.sent(folder, "fan", 10, "nec.txt")
+            # nec, then the raw frame: they differ; then the raw frame twice.
+            presses = learnfiles.presses(folder, "presses.txt", nec, RAW_PRESS, RAW_PRESS, RAW_PRESS)
+            with WebHost("--devices", devices, "--codesets", learnfiles.codesets(folder), "--ir-receiver", presses,
+                         "--ir-device", "mode2:" + os.path.join(folder, "sent.txt")) as host:
+                driver = browser.start()
+                try:
+                    self.learn_and_press(browser.Page(driver, host.url))
+                finally:
+                    driver.quit()
+
+    def learn_and_press(self, page):
+        page.remote("MYFAN").find_element(By.CSS_SELECTOR, "button.learn").click()
+        page.driver.find_element(By.ID, "learn-key").send_keys("power")
+        page.driver.find_element(By.ID, "learn-code").send_keys("10")
+        page.driver.find_element(By.ID, "learn-start").click()
+        status = page.driver.find_element(By.ID, "learn-status")
+        page.wait(lambda d: "Learned 'power'" in status.text)
+        self.assertEqual(status.get_attribute("class"), "result ok")
+        differ = page.driver.find_elements(By.CSS_SELECTOR, "#learn-steps .learn-differ")
+        self.assertEqual(len(differ), 1)
+        self.assertIn("a different kind of frame: nec 0x0408, then raw 9 durations", differ[0].text)
+        frames = page.driver.find_elements(By.CSS_SELECTOR, "#learn-steps .learn-frame")
+        self.assertEqual([f.get_attribute("data-press") for f in frames], ["1", "2", "1", "2"])
+        self.assertTrue(frames[0].text.startswith("press 1: nec 0x0408"), frames[0].text)
+        self.assertEqual(frames[0].find_elements(By.CSS_SELECTOR, "figure.wave"), [])
+        for frame in frames[1:]:
+            self.assertEqual(len(frame.find_elements(By.CSS_SELECTOR, "figure.wave rect.mark")), 5)
+        # The remote is drawn again from the written file: its key is there and sends.
+        page.wait(lambda d: page.key("MYFAN", "power").is_enabled())
+        page.press("MYFAN", "power")
+        self.assertEqual(page.remote_result("MYFAN"), "ok")
+        self.assertIn("hdevice #1 key 10", page.wait_answers(1)[0][2][0])
+        # The air conditioner's learn reads the same presses: a key's frame is refused, with why.
+        page.remote("MYAC").find_element(By.CSS_SELECTOR, "button.learn").click()
+        page.driver.find_element(By.ID, "learn-start").click()
+        page.wait(lambda d: status.text.startswith("Not learned"))
+        self.assertIn("not an air conditioner protocol", status.text)
 
 
 if __name__ == "__main__":

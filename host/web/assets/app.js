@@ -1,5 +1,6 @@
 // The web remote: remotes built from the pairing list, a timeline fed by the server's event
-// stream (shared by every browser), a request composer and a pairing-list editor.
+// stream (shared by every browser), learning from a receiver, a request composer and a
+// pairing-list editor.
 'use strict';
 
 const requests = new Map();   // id -> {id, request, result, log: [], transmissions: []}
@@ -136,6 +137,9 @@ function renderRemotes(list) {
       el('span', { class: 'sub', text: device.codeset + ' · transmitter #' + device.device_index })));
     if (device.ac) acRemote(device, card, output);
     else keyRemote(device, card, output);
+    card.append(el('button', { type: 'button', class: 'learn', text: device.ac ? 'Learn' : 'Learn a key',
+      'aria-label': (device.ac ? 'learn the air conditioner ' : 'learn a key of ') + device.codeset,
+      onclick: () => openLearn(device) }));
     card.append(output);
     box.append(card);
   }
@@ -146,6 +150,90 @@ function renderRemotes(list) {
 async function loadDevices() {
   const { status, data } = await api('GET', '/api/devices');
   if (status === 200) renderRemotes(data);
+}
+
+// ---- learning -----------------------------------------------------------------------------
+// One learn at a time on the server; every browser follows its steps on the event stream.
+
+let learnTarget = null;   // {codeset, ac}: what the form starts
+let learnShown = 0;       // waveforms drawn, to key their zoom
+
+function openLearn(device) {
+  learnTarget = { codeset: device.codeset, ac: Boolean(device.ac) };
+  document.getElementById('learn-section').hidden = false;
+  document.getElementById('learn-which').textContent = (device.ac ? 'air conditioner ' : 'a key of ') + device.codeset;
+  document.getElementById('learn-key-row').hidden = learnTarget.ac;
+  document.getElementById('learn-key').required = !learnTarget.ac;
+  document.getElementById('learn-code').required = !learnTarget.ac;
+  (learnTarget.ac ? document.getElementById('learn-start') : document.getElementById('learn-key')).focus();
+}
+
+function learnStatus(text, cls) {
+  const status = document.getElementById('learn-status');
+  status.textContent = text;
+  status.className = 'result ' + cls;
+}
+
+function learnRunning(running) {
+  document.getElementById('learn-start').disabled = running;
+  document.getElementById('learn-cancel').disabled = !running;
+}
+
+async function startLearn(event) {
+  event.preventDefault();
+  if (!learnTarget) return;
+  const body = { codeset: learnTarget.codeset };
+  if (learnTarget.ac) body.ac = true;
+  else {
+    body.key = document.getElementById('learn-key').value.trim();
+    body.code = Number(document.getElementById('learn-code').value);
+  }
+  document.getElementById('learn-steps').replaceChildren();
+  learnStatus('starting…', 'pending');
+  try {
+    const { status, data } = await api('POST', '/api/learn', body);
+    if (status !== 202) learnStatus('Not started: ' + data.error, 'bad');
+  } catch (e) {
+    learnStatus('the server cannot be reached', 'bad');
+  }
+}
+
+// What arrived: protocol and code in words, and the timings drawn when they are all there is.
+function learnFrame(frame, press) {
+  const item = el('li', { class: 'learn-frame', 'data-press': press, text: 'press ' + press + ': ' + frame.summary });
+  if (Array.isArray(frame.durations) && frame.durations.length) {
+    item.append(Waveform.figure({ waveform: frame.durations, carrier: frame.carrier || 0 }, 'learn:' + ++learnShown));
+  }
+  return item;
+}
+
+function onLearn(data) {
+  document.getElementById('learn-section').hidden = false;
+  const steps = document.getElementById('learn-steps');
+  const what = data.ac ? 'any button of the air conditioner\'s remote' : '\'' + data.key + '\'';
+  switch (data.step) {
+    case 'waiting':
+      learnRunning(true);
+      learnStatus(data.press === 1 ? 'Press ' + what + ' on the remote.' : 'Press ' + what + ' once more.', 'pending');
+      break;
+    case 'arrived': steps.append(learnFrame(data.frame, data.press)); break;
+    case 'raw': steps.append(el('li', { class: 'note', text: data.text + ': kept as raw timings' })); break;
+    case 'overflow': steps.append(el('li', { class: 'note', text: data.text })); break;
+    case 'differ':
+      steps.append(el('li', { class: 'bad learn-differ', text: 'The presses differ (' + data.text + ': ' +
+        data.first.summary + ', then ' + data.frame.summary + '); once more from the start.' }));
+      break;
+    case 'saved':
+      learnRunning(false);
+      learnStatus(data.text + (data.reloaded ? '' : ' The remote could not take it: ' + data.reloadError),
+        data.reloaded ? 'ok' : 'bad');
+      break;
+    case 'failed':
+      learnRunning(false);
+      learnStatus('Not learned: ' + data.reason, 'bad');
+      break;
+    default: break;
+  }
 }
 
 // ---- timeline -----------------------------------------------------------------------------
@@ -218,6 +306,7 @@ function onEvent(event) {
   let data;
   try { data = JSON.parse(event.data); } catch (e) { return; }
   if (data.type === 'devices') { loadDevices(); return; }
+  if (data.type === 'learn') { onLearn(data); return; }
   if (!data.id) return;   // a log line outside any request
   const item = entry(data.id);
   if (data.type === 'request') item.request = data.request;
@@ -250,6 +339,11 @@ function setUpForms() {
       kind: document.getElementById('composer-kind').value,
       value: document.getElementById('composer-value').value,
     }, document.getElementById('composer-result'));
+  });
+  document.getElementById('learn-form').addEventListener('submit', startLearn);
+  document.getElementById('learn-cancel').addEventListener('click', async () => {
+    const { status, data } = await api('DELETE', '/api/learn');
+    if (status !== 200) learnStatus(data.error, 'bad');
   });
   document.getElementById('pairing').addEventListener('submit', async (event) => {
     event.preventDefault();

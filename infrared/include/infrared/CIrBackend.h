@@ -30,6 +30,9 @@ public:
     // `pairing` is the paired-device list's JSON text ({"dev_info":[{"codeset":..,"device_index":..}]}).
     Result SendKey(const std::string& pairing, int key, int deviceIndex);
     Result SendAircon(const std::string& pairing, int deviceIndex, const AcState& state);
+    // Codesets read again (a key was learned): later transmissions are encoded from these. The
+    // transmitter stays open, so a dry-run file keeps what it has.
+    void SetCodesets(std::shared_ptr<const CCodesetLibrary> codesets);
 
     // "mode2:FILE" for the dry-run file, anything else is a lirc device node. Throws
     // CTransmitError when it cannot be used.

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "CaptureWait.h"
 #include "../transmit/LircOpenFailure.h"
 
 namespace infrared {
@@ -107,23 +108,18 @@ std::optional<Capture> CLircReceiver::consume(std::uint32_t sample) {
 }
 
 std::optional<Capture> CLircReceiver::Next(std::chrono::milliseconds timeout) {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + timeout;
-    const auto endSpace = std::chrono::microseconds(CCaptureBuilder::kEndSpace);
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     for (;;) {
         while (!samples_.empty()) {
             const std::uint32_t sample = samples_.front();
             samples_.pop_front();
             if (auto done = consume(sample)) return done;
         }
-        // Under way, a capture ends after the end space of silence even when the driver sends
-        // no timeout sample; otherwise wait for the caller's time.
-        const auto now = Clock::now();
-        const bool collecting = builder_.Collecting();
-        if (!collecting && now >= deadline) return std::nullopt;
-        const Clock::duration wait = collecting ? Clock::duration(endSpace) : deadline - now;
-        const std::int64_t waitMs = std::chrono::ceil<std::chrono::milliseconds>(wait).count();
-        if (!fill(static_cast<int>(std::clamp<std::int64_t>(waitMs, 1, 60000))) && collecting) return builder_.End();
+        // Under way, a capture ends after the end space of silence (a driver may send no
+        // timeout sample); otherwise wait for the caller's time.
+        const auto waitMs = CaptureWaitMs(builder_, deadline);
+        if (!waitMs) return std::nullopt;
+        if (!fill(*waitMs) && builder_.Collecting()) return builder_.End();
     }
 }
 

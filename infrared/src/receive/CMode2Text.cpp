@@ -27,35 +27,39 @@ std::string FirstWord(const std::string& line) { return line.substr(0, line.find
 
 bool CMode2Text::Looks(const std::string& text) { return WordOf(FirstWord(FirstRecordedLine(text))) != Word::Unknown; }
 
+std::optional<Capture> CMode2Text::Feed(CCaptureBuilder& builder, const std::string& line, std::size_t number,
+                                        const std::string& name) {
+    if (line[0] == '#') return builder.End();
+    const std::string word = FirstWord(line);
+    const Word kind = WordOf(word);
+    if (kind == Word::Unknown) throw CFormatError(name, number, "'" + word + "' is not pulse, space, timeout or carrier");
+    std::uint64_t value = 0;
+    if (!ParseDecimal(Trim(line.substr(word.size())), value) || value > kMaxSample) {
+        throw CFormatError(name, number,
+                           "expected a whole number from 0 to " + std::to_string(kMaxSample) + " after '" + word + "'");
+    }
+    const auto sample = static_cast<std::uint32_t>(value);
+    switch (kind) {
+        case Word::Pulse: return builder.Mark(sample);
+        case Word::Space: return builder.Space(sample);
+        case Word::Timeout: {
+            auto done = builder.Space(sample);
+            auto ended = builder.End();  // after a completed capture: nothing, the builder reset as before
+            return done ? done : ended;
+        }
+        case Word::Carrier: builder.Carrier(sample); return std::nullopt;
+        case Word::Unknown: break;
+    }
+    return std::nullopt;
+}
+
 std::vector<Capture> CMode2Text::Parse(const std::string& text, const std::string& name) {
     std::vector<Capture> captures;
     CCaptureBuilder builder;
-    const auto keep = [&captures](std::optional<Capture> done) {
-        if (done) captures.push_back(std::move(*done));
-    };
     ForEachRecordedLine(text, [&](std::size_t number, const std::string& line) {
-        if (line[0] == '#') {
-            keep(builder.End());
-            return;
-        }
-        const std::string word = FirstWord(line);
-        const Word kind = WordOf(word);
-        if (kind == Word::Unknown) throw CFormatError(name, number, "'" + word + "' is not pulse, space, timeout or carrier");
-        std::uint64_t value = 0;
-        if (!ParseDecimal(Trim(line.substr(word.size())), value) || value > kMaxSample) {
-            throw CFormatError(name, number,
-                               "expected a whole number from 0 to " + std::to_string(kMaxSample) + " after '" + word + "'");
-        }
-        const auto sample = static_cast<std::uint32_t>(value);
-        switch (kind) {
-            case Word::Pulse: keep(builder.Mark(sample)); break;
-            case Word::Space: keep(builder.Space(sample)); break;
-            case Word::Timeout: keep(builder.Space(sample)); keep(builder.End()); break;
-            case Word::Carrier: builder.Carrier(sample); break;
-            case Word::Unknown: break;
-        }
+        if (auto done = Feed(builder, line, number, name)) captures.push_back(std::move(*done));
     });
-    keep(builder.End());
+    if (auto done = builder.End()) captures.push_back(std::move(*done));
     return captures;
 }
 

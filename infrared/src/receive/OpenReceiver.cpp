@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "infrared/receive/CFifoReceiver.h"
 #include "infrared/receive/CFileReceiver.h"
 #include "infrared/receive/CLircReceiver.h"
 #include "infrared/transmit/CLircDevice.h"
@@ -16,6 +17,7 @@ std::unique_ptr<IReceiver> OpenReceiver(const std::string& source, std::shared_p
         if (!device) device = std::make_shared<CLircDevice>();
         return std::make_unique<CLircReceiver>(source, std::move(device));
     }
+    if (exists && S_ISFIFO(info.st_mode)) return std::make_unique<CFifoReceiver>(source);
     return std::make_unique<CFileReceiver>(source);
 }
 

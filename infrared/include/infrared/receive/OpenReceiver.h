@@ -1,5 +1,6 @@
-// The receiver a --ir-receiver argument names: a character device is a lirc receiver, anything
-// else a file of captures. Throws CReceiveError with a message for people.
+// The receiver a --ir-receiver argument names: a character device is a lirc receiver, a named
+// pipe mode2 text read as it comes, anything else a file of captures. Throws CReceiveError
+// with a message for people.
 #pragma once
 
 #include <memory>
