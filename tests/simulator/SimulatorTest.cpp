@@ -167,7 +167,9 @@ protected:
                                  R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})");
     }
     void TearDown() override { sim::ResetAll(); }
-    std::string file_ = std::string(IRC_BINARY_DIR) + "/test_simulator_transmitter.txt";
+    // One file per test: ctest runs the tests of this fixture in parallel processes.
+    std::string file_ = std::string(IRC_BINARY_DIR) + "/test_simulator_transmitter_" +
+                        ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt";
 };
 
 TEST_F(SimulatorTransmitterTest, TransmissionsCarryTheirWaveformIntoTheJournal) {
