@@ -38,12 +38,16 @@ int CApp::run() {
     sim::ResetAll();
     if (options_.verbose) echo_ = std::make_unique<CLogEcho>(err_, errIsTerminal_, options_.logLevel);
     std::string error;
+    if (!configure(error)) return fail(error, 2);
     bool badPath = false;
     // A path that names no readable file is a mistake on the command line; a file that is not
     // the expected JSON is an unusable input.
     if (!setup_.Load(options_, error, &badPath)) return fail(error, badPath ? 2 : 1);
     setup_.Apply();
     if (!setup_.AttachTransmitter(error)) return fail(error, 1);
+#ifdef IRC_HOST_HOME
+    if (home_ && !home_->Prepare(error)) return fail(error, 1);
+#endif
     sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(options_.irDelayMs));
     // Listing the pairing needs no plugin.
     if (options_.command == "devices") return devices();
@@ -51,7 +55,25 @@ int CApp::run() {
     if (options_.command == "demo") return demo();
     if (options_.command == "serve") return serve();
     if (options_.command == "web") return web();
+    if (options_.command == "service") return service();
     return single();
+}
+
+// --config: the file fills in what the command line left out; the service keeps the rest.
+bool CApp::configure(std::string& error) {
+#ifdef IRC_HOST_HOME
+    HomeConfig config;
+    if (!options_.configFile.empty() && !CHomeConfig::Load(options_.configFile, config, error)) return false;
+    if (!CHomeConfig::Merge(options_, config, error)) return false;
+    if (options_.command == "service") {
+        home_ = std::make_unique<CHomeService>(options_, config, session_, setup_, out_, err_);
+    }
+    return true;
+#else
+    if (options_.configFile.empty() && options_.command != "service") return true;
+    error = "this ircontrol-host was built without libmosquitto and libsoup-3.0: no --config, no service";
+    return false;
+#endif
 }
 
 bool CApp::start() {
@@ -217,6 +239,22 @@ int CApp::web() {
     return unloaded ? 0 : 1;
 #else
     return fail("this ircontrol-host was built without libsoup-3.0, so it has no web command", 1);
+#endif
+}
+
+int CApp::service() {
+#ifdef IRC_HOST_HOME
+    echo_.reset();  // the web server shows the log lines itself
+    std::string error;
+    const bool served = home_->Run(error);
+    home_.reset();
+    if (!served) return fail(error, 2);
+    const bool unloaded = plugin_.Unload();
+    out_ << "ircontrol-host: stopped; plugin destroyed, library " << (unloaded ? "unloaded" : "still mapped")
+         << std::endl;
+    return unloaded ? 0 : 1;
+#else
+    return 1;
 #endif
 }
 

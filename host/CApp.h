@@ -20,6 +20,9 @@
 #include "CPrinter.h"
 #include "CSession.h"
 #include "Request.h"
+#ifdef IRC_HOST_HOME
+#include "CHomeService.h"
+#endif
 
 namespace ircontrol::host {
 
@@ -31,11 +34,13 @@ public:
 
 private:
     int run();
+    bool configure(std::string& error);
     bool start();
     int demo();
     int devices();
     int serve();
     int web();
+    int service();
     int single();
     // Looks again at requests that had no answer in time, printing what came late; waits up to
     // `wait` for each. Drops those that are answered.
@@ -44,6 +49,9 @@ private:
     int fail(const std::string& reason, int status);
 
     Options options_;
+#ifdef IRC_HOST_HOME
+    std::unique_ptr<CHomeService> home_;  // service: made before the plugin starts
+#endif
     std::istream& in_;
     std::ostream& out_;
     std::ostream& err_;

@@ -14,7 +14,8 @@
 namespace ircontrol::host {
 
 struct Options {
-    std::string command;                       // demo, key, ac, set, devices, serve, web
+    std::string command;                       // demo, key, ac, set, devices, serve, web, service
+    std::string configFile;                    // --config: the service's configuration file
     std::string plugin;                        // empty: the library beside the executable
     std::string devicesFile;
     std::string catalogueFile;

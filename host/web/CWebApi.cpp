@@ -43,8 +43,9 @@ bool MethodIn(const std::string& method, const std::string& allowed) {
 
 }  // namespace
 
-CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup)
-    : runner_(runner), recorder_(recorder), session_(session), setup_(setup) {}
+CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
+                 std::function<void()> pairingChanged)
+    : runner_(runner), recorder_(recorder), session_(session), setup_(setup), pairingChanged_(std::move(pairingChanged)) {}
 
 std::string CWebApi::Allowed(const std::string& path) {
     if (path == "/api/requests" || path == "/api/key" || path == "/api/ac") return "POST";
@@ -210,6 +211,7 @@ void CWebApi::putDevices(const std::string& body, Done done) {
     const bool posted = runner_.Post([this, body, done] {
         std::string error;
         if (!setup_.SetPairing(body, error)) return done(Error(400, error));
+        if (pairingChanged_) pairingChanged_();
         JsonValue list = devicesJson();
         JsonValue event;
         event["type"] = "devices";

@@ -28,7 +28,9 @@ class CWebApi {
 public:
     using Done = std::function<void(WebReply reply)>;
 
-    CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup);
+    // `pairingChanged` (may be empty) runs on the worker after a PUT /api/devices replaced the list.
+    CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
+            std::function<void()> pairingChanged = {});
 
     // `body` is already checked to be UTF-8 JSON text of bounded size and depth (or empty).
     void Handle(const std::string& method, const std::string& path, bool wait, const std::string& body, Done done);
@@ -54,6 +56,7 @@ private:
     CRequestRecorder& recorder_;
     CSession& session_;
     CPlatformSetup& setup_;
+    std::function<void()> pairingChanged_;
 };
 
 }  // namespace ircontrol::host

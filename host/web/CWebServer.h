@@ -32,6 +32,8 @@ struct WebOptions {
     bool colour = false;
     std::size_t maxStreams = 16;
     std::size_t maxQueued = 512;
+    std::function<void()> pairingChanged;  // worker thread, after PUT /api/devices changed the list
+    std::function<void()> reload;          // loop thread, on SIGHUP (not caught when empty)
 };
 
 class CWebServer {
@@ -44,6 +46,8 @@ public:
     // Binds the address; false with a one-line reason.
     bool Listen(std::string& error);
     std::string Url() const { return url_; }
+    // The one worker every request to the plugin runs on; other doors post theirs here too.
+    CJobRunner& Runner() { return runner_; }
     // Serves until SIGINT/SIGTERM (or Quit()), then closes the streams and stops the worker.
     void Run();
     void Quit();
@@ -61,6 +65,7 @@ private:
     void complete(uint64_t token, const WebReply& reply);  // loop thread
     void post(std::function<void()> task);               // any thread, runs on the loop
     static gboolean onInbox(gpointer self);
+    static gboolean onHangUp(gpointer self);
     void shutdown();
 
     WebOptions options_;
