@@ -196,6 +196,32 @@ class Restarts(unittest.TestCase):
         finally:
             self.assertEqual(service.stop(), 0)
 
+    def test_sighup_reconnects_with_the_new_broker_settings_and_a_bad_file_changes_nothing(self):
+        service = Service(self.dir.name, self.broker)
+        other_dir = temp_dir()
+        other = Broker(other_dir.name)
+        try:
+            client = Client(other, "ircontrol/status")
+            text = open(service.config).read()
+            with open(service.config, "w") as f:
+                f.write(text.replace("[state]", "[state]\ncolour=blue"))
+            service.process.send_signal(signal.SIGHUP)
+            deadline = time.time() + 30
+            while not any("reload refused" in line for line in service.errors) and time.time() < deadline:
+                time.sleep(0.05)
+            self.assertTrue(any("home.conf:" in line and "colour: unknown key" in line for line in service.errors),
+                            "".join(service.errors))
+            with open(service.config, "w") as f:
+                f.write(text.replace(str(self.broker.port), str(other.port)))
+            service.process.send_signal(signal.SIGHUP)
+            client.next(lambda t, p: p == b"online", timeout=60)
+            client.close()
+            self.assertIsNone(service.process.poll())
+        finally:
+            self.assertEqual(service.stop(), 0)
+            other.stop()
+            other_dir.cleanup()
+
     def test_a_bad_configuration_file_is_refused_with_its_line(self):
         with self.assertRaises(RuntimeError) as raised:
             Service(self.dir.name, self.broker, extra_config="[mqtt]\nbase-topic=a/#\n")
