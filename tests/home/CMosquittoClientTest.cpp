@@ -1,64 +1,16 @@
 #include "CMosquittoClient.h"
 
-#include <netinet/in.h>
-#include <signal.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <fstream>
 #include <thread>
+
+#include "BrokerProcess.h"
 
 namespace ircontrol::host {
 namespace {
-
-// A free loopback port, as the kernel hands one out.
-int FreePort() {
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ::bind(fd, reinterpret_cast<sockaddr*>(&address), size);
-    ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
-    ::close(fd);
-    return ntohs(address.sin_port);
-}
-
-// Debian's mosquitto on a loopback port, started and stopped by the test.
-class Broker {
-public:
-    explicit Broker(int port) : port_(port), config_("/tmp/irc-mosquitto-" + std::to_string(port) + ".conf") {
-        std::ofstream(config_) << "listener " << port << " 127.0.0.1\nallow_anonymous true\npersistence false\n";
-    }
-    ~Broker() {
-        Stop();
-        ::unlink(config_.c_str());
-    }
-    void Start() {
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            ::execl(IRC_MOSQUITTO, "mosquitto", "-c", config_.c_str(), static_cast<char*>(nullptr));
-            ::_exit(127);
-        }
-    }
-    void Stop() {
-        if (pid_ <= 0) return;
-        ::kill(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-        pid_ = -1;
-    }
-
-private:
-    int port_;
-    std::string config_;
-    pid_t pid_ = -1;
-};
 
 // Counts the client's events and lets the test wait for them.
 struct Events {
@@ -77,8 +29,8 @@ struct Events {
 class MosquittoClient : public ::testing::Test {
 protected:
     void SetUp() override {
-        port_ = FreePort();
-        broker_ = std::make_unique<Broker>(port_);
+        port_ = irctest::CBrokerProcess::FreePort();
+        broker_ = std::make_unique<irctest::CBrokerProcess>(IRC_MOSQUITTO, port_);
         client_.SetHandlers(
             [this] {
                 {
@@ -117,7 +69,7 @@ protected:
     }
 
     int port_ = 0;
-    std::unique_ptr<Broker> broker_;
+    std::unique_ptr<irctest::CBrokerProcess> broker_;
     CMosquittoClient client_;
     MqttSettings settings_;
     Events events_;
