@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include "ServiceContract.h"
 
 namespace sim {
 struct HostProperty;
@@ -14,8 +15,8 @@ struct HostProperty;
 
 namespace irbench {
 
-constexpr char kService[] = "ircontrol";
-constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
+constexpr const char* kService = ircontrol::contract::kServiceName;
+constexpr const char* kDevicesKey = ircontrol::contract::kDevicesKey;
 // The pairing list the plugin starts with: one fan and one air conditioner.
 constexpr char kDefaultDevices[] =
     R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})";

@@ -28,7 +28,7 @@ void BM_HostTool_Devices(benchmark::State& state) {
         pairing << "]}";
         maps << "}";
     }
-    ircontrol::host::Options options;
+    ircontrol::host::PlatformOptions options;
     options.devicesFile = devices;
     options.catalogueFile = catalogue;
     for (auto _ : state) {
@@ -36,7 +36,7 @@ void BM_HostTool_Devices(benchmark::State& state) {
         std::string error;
         if (!setup.Load(options, error)) state.SkipWithError(error.c_str());
         std::ostringstream out;
-        ircontrol::host::CPrinter(out, false).Devices(setup);
+        ircontrol::host::CPrinter::Make(out, false)->Devices(setup, ircontrol::host::Request());
         benchmark::DoNotOptimize(out.str().size());
     }
     state.SetComplexityN(n);

@@ -11,6 +11,7 @@
 #include "FakePropertyList.h"
 #include "core/CIRControl.h"
 #include "sim/Simulator.h"
+#include "ServiceContract.h"
 
 namespace {
 const char kDefaultPairing[] =
@@ -34,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         devices.assign(text + payloadSize + 1, size - payloadSize - 1);
         devices = devices.substr(0, devices.find('\0'));
     }
-    sim::Settings::SetString("db/tavrell/irplugin/devices", devices);
+    sim::Settings::SetString(ircontrol::contract::kDevicesKey, devices);
 
     int answers = 0;
     auto list = std::make_shared<irctest::FakePropertyList>(

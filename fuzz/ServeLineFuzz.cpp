@@ -6,7 +6,7 @@
 #include <string>
 
 #include "CPlatformSetup.h"
-#include "CPrinter.h"
+#include "CResultJson.h"
 #include "CRequestParser.h"
 #include "CSession.h"
 
@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string error;
     if (parser.ParseLine(line, 1, request, error)) {
         const ircontrol::host::RequestResult result = ircontrol::host::CSession::Describe(request);
-        const std::string json = ircontrol::host::CPrinter::ResultJson(result);
+        const std::string json = ircontrol::host::CResultJson::Build(result).toString();
         if (json.empty()) __builtin_trap();
     } else if (error.empty()) {
         __builtin_trap();  // every refusal has a reason

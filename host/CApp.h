@@ -1,28 +1,23 @@
-// One run of ircontrol-host: prepares the simulated platform, loads and starts the plugin, runs
-// the subcommand, stops and unloads the plugin. Run() returns the exit status: 0 when every
-// request was usable and answered ok in time (devices: the lists were usable), 1 a refused,
-// unanswered or late request or an unusable input, 2 a mistake in a single command's values or a
-// --devices/--catalogue path that names no readable file.
-// It reports every failure as one line on `err` and throws nothing. One CApp per plugin lifecycle.
+// One run of ircontrol-host: sets up what the command needs (the simulated platform, the plugin
+// loaded and started), runs the command's handler from the command table, stops and unloads the
+// plugin. Run() returns the exit status: 0 when every request was usable and answered ok in time
+// (devices: the lists were usable), 1 a refused, unanswered or late request or an unusable input,
+// 2 a mistake in a single command's values or a --devices/--catalogue path that names no
+// readable file. It reports every failure as one line on `err` and throws nothing. One CApp per
+// plugin lifecycle.
 #pragma once
 
-#include <chrono>
 #include <istream>
 #include <memory>
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include "CCommandLine.h"
 #include "CLogEcho.h"
 #include "CPlatformSetup.h"
 #include "CPluginLibrary.h"
-#include "CPrinter.h"
 #include "CSession.h"
-#include "Request.h"
-#ifdef IRC_HOST_HOME
-#include "CHomeService.h"
-#endif
+#include "IPrinter.h"
 
 namespace ircontrol::host {
 
@@ -36,27 +31,14 @@ private:
     int run();
     bool configure(std::string& error);
     bool start();
-    int demo();
-    int devices();
-    int serve();
-    int web();
-    int service();
-    int single();
-    // Looks again at requests that had no answer in time, printing what came late; waits up to
-    // `wait` for each. Drops those that are answered.
-    void catchUp(std::vector<RequestResult>& pending, std::chrono::milliseconds wait);
-    std::chrono::milliseconds drainWait() const;  // how long the last catch-up waits for each
     int fail(const std::string& reason, int status);
 
     Options options_;
-#ifdef IRC_HOST_HOME
-    std::unique_ptr<CHomeService> home_;  // service: made before the plugin starts
-#endif
     std::istream& in_;
     std::ostream& out_;
     std::ostream& err_;
     bool errIsTerminal_;
-    CPrinter printer_;
+    std::unique_ptr<IPrinter> printer_;
     CSession session_;
     CPlatformSetup setup_;
     std::unique_ptr<CLogEcho> echo_;

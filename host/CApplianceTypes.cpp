@@ -1,14 +1,18 @@
 #include "CApplianceTypes.h"
 
+#include <iterator>
+
+#include "ServiceContract.h"
+
 namespace ircontrol::host {
 
 const std::vector<std::pair<std::string, std::string>>& CApplianceTypes::All() {
     static const std::vector<std::pair<std::string, std::string>> types = {
-        {"fan", "oic.d.fan"},
-        {"purifier", "oic.d.airpurifier"},
-        {"humidifier", "x.com.zq.d.humidifier"},
-        {"cleaner", "oic.d.robotcleaner"},
-        {"ac", "oic.d.airconditioner"},
+        {"fan", contract::kOcfFan},
+        {"purifier", contract::kOcfAirPurifier},
+        {"humidifier", contract::kOcfHumidifier},
+        {"cleaner", contract::kOcfRobotCleaner},
+        {"ac", contract::kOcfAirConditioner},
     };
     return types;
 }
@@ -32,15 +36,15 @@ const std::vector<int>& CApplianceTypes::AllowedKeys(const std::string& type) {
     static const std::vector<int> none;
     static const std::vector<int> climate = {10, 11, 12, 13, 14, 76};
     static const std::vector<int> cleaner = {10, 28, 39};
-    if (type == "oic.d.fan" || type == "oic.d.airpurifier" || type == "x.com.zq.d.humidifier") return climate;
-    if (type == "oic.d.robotcleaner") return cleaner;
+    if (type == contract::kOcfFan || type == contract::kOcfAirPurifier || type == contract::kOcfHumidifier) return climate;
+    if (type == contract::kOcfRobotCleaner) return cleaner;
     return none;
 }
 
 std::vector<std::string> CApplianceTypes::AcWords(const std::string& field) {
-    if (field == "power") return {"ON", "OFF"};
-    if (field == "mode") return {"AUTO", "COLD", "DEHUMI", "VENT", "HEAT"};
-    if (field == "fan") return {"LOW", "MEDIUM", "HIGH", "AUTO"};
+    if (field == "power") return {std::begin(contract::kAcPowerWords), std::end(contract::kAcPowerWords)};
+    if (field == "mode") return {std::begin(contract::kAcModeWords), std::end(contract::kAcModeWords)};
+    if (field == "fan") return {std::begin(contract::kAcFanWords), std::end(contract::kAcFanWords)};
     return {};
 }
 

@@ -1,8 +1,14 @@
 #include "CCommandLine.h"
 
+#include <dlog.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <sstream>
+
+#include "Commands.h"
+#include "Nearest.h"
+#include "Request.h"
 
 #ifndef IRC_HOST_VERSION
 #define IRC_HOST_VERSION "unknown"
@@ -28,28 +34,20 @@ std::function<std::string(Options&, const std::string&)> Milliseconds(int Option
     };
 }
 
-std::function<std::string(Options&, const std::string&)> File(std::string Options::*field, const std::string& option) {
+std::function<std::string(Options&, const std::string&)> File(std::string PlatformOptions::*field,
+                                                               const std::string& option) {
     return [field, option](Options& o, const std::string& value) -> std::string {
         if (value.empty()) return "--" + option + " needs a file name, not an empty text";
-        o.*field = value;
+        o.platform.*field = value;
         return "";
     };
 }
 
-// Edits between two names, a swap of neighbours counting as one ("kye" is one from "key").
-std::size_t Distance(const std::string& a, const std::string& b) {
-    std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
-    for (std::size_t i = 0; i <= a.size(); ++i) d[i][0] = i;
-    for (std::size_t j = 0; j <= b.size(); ++j) d[0][j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            d[i][j] = std::min({d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
-                d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
-            }
-        }
-    }
-    return d[a.size()][b.size()];
+// A request command's options: the fields of its request kind.
+std::vector<std::pair<std::string, std::string>> FieldOptions(RequestKind kind) {
+    std::vector<std::pair<std::string, std::string>> options;
+    for (const RequestField& field : FieldsOf(kind)) options.emplace_back(field.name, field.help);
+    return options;
 }
 
 }  // namespace
@@ -63,19 +61,6 @@ bool CCommandLine::ParseInt(const std::string& text, int& out) {
     return true;
 }
 
-std::string CCommandLine::Nearest(const std::string& name, const std::vector<std::string>& candidates) {
-    std::string best;
-    std::size_t bestDistance = std::max<std::size_t>(2, name.size() / 3) + 1;
-    for (const auto& candidate : candidates) {
-        const std::size_t d = Distance(name, candidate);
-        if (d < bestDistance) {
-            best = candidate;
-            bestDistance = d;
-        }
-    }
-    return best;
-}
-
 std::string CCommandLine::Version() { return std::string("ircontrol-host ") + IRC_HOST_VERSION; }
 
 const std::vector<GlobalOption>& CCommandLine::Globals() {
@@ -87,28 +72,32 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
              return "";
          }},
         {"config", "FILE", "the service's configuration file (docs/home.md); options given here override it",
-         File(&Options::configFile, "config")},
+         [](Options& o, const std::string& v) -> std::string {
+             if (v.empty()) return "--config needs a file name, not an empty text";
+             o.configFile = v;
+             return "";
+         }},
         {"devices", "FILE", "pairing list JSON {\"dev_info\":[{\"codeset\",\"device_index\",\"type\"}]}",
-         File(&Options::devicesFile, "devices")},
+         File(&PlatformOptions::devicesFile, "devices")},
         {"catalogue", "FILE", "key maps the IR library reports, JSON {\"<codeset>\": <key map>}",
-         File(&Options::catalogueFile, "catalogue")},
+         File(&PlatformOptions::catalogueFile, "catalogue")},
         {"codesets", "FILE", "what each codeset sends, JSON (docs/codesets.md; default: the embedded ones)",
-         File(&Options::codesetsFile, "codesets")},
+         File(&PlatformOptions::codesetsFile, "codesets")},
         {"ir-device", "DEV", "transmit for real: /dev/lircN, or mode2:FILE to write what would be sent",
-         File(&Options::irDevice, "ir-device")},
+         File(&PlatformOptions::irDevice, "ir-device")},
         {"year", "N",
          "TV model year the platform reports (default 23); the plugin only logs it when it starts",
          [](Options& o, const std::string& v) -> std::string {
              int number = 0;
              if (!ParseInt(v, number)) return "--year needs a whole number, not '" + v + "'";
-             o.year = number;
+             o.platform.year = number;
              return "";
          }},
         {"mbr-support", "on|off",
          "IR service feature flag the platform reports (default on); the plugin does not read it today",
          [](Options& o, const std::string& v) -> std::string {
              if (v != "on" && v != "off") return "--mbr-support needs on or off, not '" + v + "'";
-             o.mbrSupport = v == "on";
+             o.platform.mbrSupport = v == "on";
              return "";
          }},
         {"ir-delay", "MS", "simulated on-air time of each transmission (default 0)",
@@ -127,7 +116,9 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
          }},
         {"log-level", "LEVEL", "--verbose with only lines at or above debug (all), info or error",
          [](Options& o, const std::string& v) -> std::string {
-             const std::vector<std::pair<std::string, int>> levels = {{"debug", 0}, {"info", 4}, {"error", 6}};
+             // debug shows every line, whatever its priority.
+             const std::vector<std::pair<std::string, int>> levels = {
+                 {"debug", DLOG_UNKNOWN}, {"info", DLOG_INFO}, {"error", DLOG_ERROR}};
              for (const auto& [name, priority] : levels) {
                  if (v == name) {
                      o.logLevel = priority;
@@ -148,26 +139,16 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
 
 const std::vector<CommandInfo>& CCommandLine::Commands() {
     static const std::vector<CommandInfo> commands = {
-        {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}, ""},
-        {"key", "send one key to one appliance",
-         {{"type", "fan, purifier, humidifier, cleaner, ac, or a full OCF device type"},
-          {"codeset", "codeset name (default: the paired one of that type)"},
-          {"key", "key code, or a key name from the codeset's key map (e.g. power)"}},
+        {"demo", "a guided tour: each appliance kind, an air-conditioner state, refused requests", {}, "",
+         CommandNeeds::Plugin, RunDemo},
+        {"key", "send one key to one appliance", FieldOptions(RequestKind::Key),
          "The service accepts a fixed set of key codes per appliance type (see 'devices');\n"
-         "a key name is only looked up in the key map to find its code.\n"},
-        {"ac", "send an air-conditioner state",
-         {{"codeset", "codeset name (default: the paired air conditioner)"},
-          {"power", "ON or OFF (default ON)"},
-          {"mode", "AUTO, COLD, DEHUMI, VENT or HEAT (default COLD)"},
-          {"setpoint", "cooling set point, a whole number (default 24)"},
-          {"fan", "LOW, MEDIUM, HIGH or AUTO (default AUTO)"}},
-         ""},
-        {"set", "set any property to any text",
-         {{"name", "property name (default setKeyEvent)"},
-          {"value", "the value's text"},
-          {"kind", "json, string, int or bool (default json)"}},
-         ""},
-        {"devices", "list the paired appliances: the keys the service accepts and the key maps", {}, ""},
+         "a key name is only looked up in the key map to find its code.\n",
+         CommandNeeds::Plugin, RunRequest},
+        {"ac", "send an air-conditioner state", FieldOptions(RequestKind::Ac), "", CommandNeeds::Plugin, RunRequest},
+        {"set", "set any property to any text", FieldOptions(RequestKind::Set), "", CommandNeeds::Plugin, RunRequest},
+        {"devices", "list the paired appliances: the keys the service accepts and the key maps", {}, "",
+         CommandNeeds::Platform, RunDevices},
         {"serve", "read requests as JSON lines on stdin, write JSON lines about them", {},
          "Each input line is one JSON object:\n"
          "  \"command\"  key, ac, set or devices (required)\n"
@@ -177,7 +158,8 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "Each output object has \"line\" (the input line number) and \"id\" when one was given;\n"
          "a line that cannot be used gets {\"line\",\"id\",\"error\"}. A request that had no answer\n"
          "in time gets a second object with \"late\":true once its answer or transmissions come.\n"
-         "Exit status: 0 when every line was usable and answered ok in time, 1 otherwise.\n"},
+         "Exit status: 0 when every line was usable and answered ok in time, 1 otherwise.\n",
+         CommandNeeds::Plugin, RunServe},
         {"web", "serve a web remote: the page, a JSON API and a live event stream (Ctrl-C stops)",
          {{"listen", "ADDRESS:PORT to serve on (default 127.0.0.1:8088; port 0 picks a free one)"}},
          "Open the printed address in a browser. The API, JSON in and out:\n"
@@ -185,7 +167,8 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "  POST /api/key, POST /api/ac  the members a serve line takes\n"
          "  GET, PUT /api/devices  the pairing list, accepted keys and key maps\n"
          "  GET /api/events  a live stream (Server-Sent Events) of requests, log lines, transmissions, answers\n"
-         "Only requests whose Host and Origin name the served address are taken. Ctrl-C stops.\n"},
+         "Only requests whose Host and Origin name the served address are taken. Ctrl-C stops.\n",
+         CommandNeeds::Plugin, RunWeb},
         {"service", "the home service: the web remote and MQTT with Home Assistant discovery (SIGTERM stops)",
          {{"listen", "ADDRESS:PORT of the web remote (default 127.0.0.1:8088)"},
           {"broker", "mqtt://HOST[:PORT] or mqtts://HOST[:PORT] (default: none, the web remote only)"},
@@ -195,7 +178,8 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
          "Reads --config FILE (docs/home.md); every option given here overrides the file. Topics, under the\n"
          "base topic: <codeset>/key (a key name or code), <codeset>/mode|temperature|fan_mode/set (air\n"
          "conditioners), raw (a serve line), devices/set (the pairing list); answers on result, \"online\"/\n"
-         "\"offline\" on status. SIGHUP reloads the broker settings of the configuration file.\n"},
+         "\"offline\" on status. SIGHUP reloads the broker settings of the configuration file.\n",
+         CommandNeeds::Plugin, RunService},
     };
     return commands;
 }

@@ -1,7 +1,9 @@
 // Command line of ircontrol-host: global options, a subcommand and the subcommand's own options,
 // each as "--name value" or "--name=value". Both kinds of option come from tables (Globals(),
-// Commands()), which also give --help its text and unknown options their hint. Parse() never
-// exits or throws: a mistake comes back as a one-line reason in Options::error.
+// Commands()), which also give --help its text and unknown options their hint; the command table
+// holds each command's handler and what it needs set up before it runs. A request command's
+// options are its request kind's fields (FieldsOf). Parse() never exits or throws: a mistake
+// comes back as a one-line reason in Options::error.
 #pragma once
 
 #include <functional>
@@ -11,18 +13,15 @@
 #include <utility>
 #include <vector>
 
+#include "PlatformOptions.h"
+
 namespace ircontrol::host {
 
 struct Options {
     std::string command;                       // demo, key, ac, set, devices, serve, web, service
     std::string configFile;                    // --config: the service's configuration file
     std::string plugin;                        // empty: the library beside the executable
-    std::string devicesFile;
-    std::string catalogueFile;
-    std::string codesetsFile;                  // empty: the embedded codesets
-    std::string irDevice;                      // empty: journal only; "mode2:FILE" or "/dev/lircN"
-    std::optional<int> year;
-    std::optional<bool> mbrSupport;
+    PlatformOptions platform;                  // --devices, --catalogue, --codesets, --ir-device, ...
     bool verbose = false;
     int logLevel = 0;                          // lowest log priority --verbose shows (0: all)
     bool json = false;
@@ -43,12 +42,21 @@ struct GlobalOption {
     std::function<std::string(Options&, const std::string& value)> apply;
 };
 
-// A subcommand with the options it takes, for checking and for --help.
+struct CommandContext;  // CommandContext.h: what a handler works with
+
+// What a command needs before its handler runs: nothing, the simulated platform set up from the
+// options, or that and the plugin loaded and started.
+enum class CommandNeeds { Nothing, Platform, Plugin };
+
+// A subcommand: the options it takes (for checking and for --help) and its handler, which
+// returns the exit status.
 struct CommandInfo {
     std::string name;
     std::string summary;
     std::vector<std::pair<std::string, std::string>> options;  // name, help text
     std::string details;                                        // more text for its --help
+    CommandNeeds needs = CommandNeeds::Plugin;
+    int (*run)(CommandContext& context) = nullptr;
 };
 
 class CCommandLine {
@@ -60,8 +68,6 @@ public:
     static std::string Usage();                                      // the whole tool
     static std::string CommandUsage(const CommandInfo& info);        // one subcommand
     static std::string Version();                                    // "ircontrol-host 1.0"
-    // The candidate closest to `name` by edit distance, "" if none is close enough to be meant.
-    static std::string Nearest(const std::string& name, const std::vector<std::string>& candidates);
     // A decimal integer within +-1e9 filling the whole text.
     static bool ParseInt(const std::string& text, int& out);
 };

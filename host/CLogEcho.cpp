@@ -1,5 +1,7 @@
 #include "CLogEcho.h"
 
+#include <dlog.h>
+
 #include <algorithm>
 #include <cctype>
 
@@ -11,7 +13,7 @@ CLogEcho::CLogEcho(std::ostream& out, bool terminal, int minPriority) : sink_(ne
     // The simulator's own echo would print every line a second time.
     sim::Log::SetEcho(false);
     std::shared_ptr<Sink> sink = sink_;
-    sim::Log::SetListener([sink, minPriority](const sim::LogLine& line) {
+    listener_ = sim::Log::AddListener([sink, minPriority](const sim::LogLine& line) {
         if (line.priority < minPriority) return;
         const std::string text = Format(line.priority, line.tag, line.text, sink->terminal);
         std::lock_guard<std::mutex> lock(sink->mutex);
@@ -20,7 +22,7 @@ CLogEcho::CLogEcho(std::ostream& out, bool terminal, int minPriority) : sink_(ne
 }
 
 CLogEcho::~CLogEcho() {
-    sim::Log::SetListener({});
+    sim::Log::RemoveListener(listener_);
     // A line being written on another thread finishes before the stream can go away, and a
     // listener call already under way elsewhere writes nothing afterwards.
     std::lock_guard<std::mutex> lock(sink_->mutex);
@@ -28,8 +30,8 @@ CLogEcho::~CLogEcho() {
 }
 
 std::string CLogEcho::Format(int priority, const std::string& tag, const std::string& text, bool colour) {
-    static const char kLetters[] = "??VDIWEF";  // dlog priority numbers 2..7
-    const char letter = priority >= 0 && priority < 8 ? kLetters[priority] : '?';
+    static const char kLetters[] = "??VDIWEF";  // DLOG_VERBOSE .. DLOG_FATAL
+    const char letter = priority >= 0 && priority <= DLOG_FATAL ? kLetters[priority] : '?';
     std::string body;
     body.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {

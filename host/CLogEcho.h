@@ -3,6 +3,7 @@
 // are kept only when the stream is a terminal. Lines come from any thread; they are serialised.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <ostream>
@@ -12,7 +13,8 @@ namespace ircontrol::host {
 
 class CLogEcho {
 public:
-    // Lines below `minPriority` (a dlog priority: 4 info, 6 error; 0 shows all) are left out.
+    // Lines below `minPriority` (a dlog priority, DLOG_INFO, DLOG_ERROR, ...; 0 shows all) are
+    // left out. Other log listeners (the web remote's) are not disturbed.
     CLogEcho(std::ostream& out, bool terminal, int minPriority = 0);
     ~CLogEcho();  // removes the listener; no line is written afterwards
     CLogEcho(const CLogEcho&) = delete;
@@ -29,6 +31,7 @@ private:
         bool open = true;  // false once the echo is gone: a late line is dropped
     };
     std::shared_ptr<Sink> sink_;
+    uint64_t listener_ = 0;
 };
 
 }  // namespace ircontrol::host

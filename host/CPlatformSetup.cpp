@@ -61,28 +61,40 @@ bool ReadOptionFile(const std::string& option, const std::string& path, std::str
 
 CPlatformSetup::CPlatformSetup() : pairingText_(kDefaultPairing), codesetsText_(sim::IrBlaster::DefaultCodesets()) {
     std::string unused;  // the embedded texts are checked by the tests
-    ParsePairing(pairingText_, devices_, unused);
+    ParsePairing(pairingText_, devices_, unused, &pairingJson_);
     sim::IrBlaster::CodesetKeyMaps(codesetsText_, catalogue_, unused);
     index();
 }
 
+KeyMap KeyMap::Parse(const std::string& text) {
+    KeyMap map;
+    map.text = text;
+    map.json = JsonValue::Create(text);
+    if (map.json.type() == common::json::kObject) {
+        for (const auto& name : map.json.getMemberNames()) {
+            if (map.json[name].isInt()) map.keys.emplace_back(name, map.json[name].asInt());
+        }
+    }
+    return map;
+}
+
 void CPlatformSetup::index() {
-    catalogueIndex_.clear();
-    catalogueIndex_.reserve(catalogue_.size());
+    keyMaps_.clear();
+    keyMaps_.reserve(catalogue_.size());
     // A codeset given twice keeps its last key map, as the IR library's catalogue would.
-    for (std::size_t i = 0; i < catalogue_.size(); ++i) catalogueIndex_[catalogue_[i].first] = i;
+    for (const auto& [codeset, text] : catalogue_) keyMaps_[codeset] = host::KeyMap::Parse(text);
 }
 
-const std::string* CPlatformSetup::KeyMap(const std::string& codeset) const {
-    const auto found = catalogueIndex_.find(codeset);
-    return found == catalogueIndex_.end() ? nullptr : &catalogue_[found->second].second;
+const KeyMap* CPlatformSetup::KeyMap(const std::string& codeset) const {
+    const auto found = keyMaps_.find(codeset);
+    return found == keyMaps_.end() ? nullptr : &found->second;
 }
 
-bool CPlatformSetup::Load(const Options& options, std::string& error, bool* badPath) {
+bool CPlatformSetup::Load(const PlatformOptions& options, std::string& error, bool* badPath) {
     if (badPath != nullptr) *badPath = false;
     if (!options.devicesFile.empty()) {
         if (!ReadOptionFile("devices", options.devicesFile, pairingText_, error, badPath)) return false;
-        if (!ParsePairing(pairingText_, devices_, error)) {
+        if (!ParsePairing(pairingText_, devices_, error, &pairingJson_)) {
             error = options.devicesFile + ": " + error;
             return false;
         }
@@ -132,7 +144,7 @@ bool CPlatformSetup::AttachTransmitter(std::string& error) const {
 }
 
 bool CPlatformSetup::SetPairing(const std::string& text, std::string& error) {
-    if (!ParsePairing(text, devices_, error)) return false;
+    if (!ParsePairing(text, devices_, error, &pairingJson_)) return false;
     pairingText_ = text;
     sim::Settings::SetString(kDevicesKey, pairingText_);
     return true;
@@ -145,7 +157,8 @@ std::string CPlatformSetup::PairedCodeset(const std::string& type) const {
     return std::string();
 }
 
-bool CPlatformSetup::ParsePairing(const std::string& text, std::vector<PairedDevice>& out, std::string& error) {
+bool CPlatformSetup::ParsePairing(const std::string& text, std::vector<PairedDevice>& out, std::string& error,
+                                  JsonValue* parsed) {
     const JsonValue root = JsonValue::Create(text);
     if (root.isNull()) {
         error = "the pairing list is not valid JSON";
@@ -175,6 +188,7 @@ bool CPlatformSetup::ParsePairing(const std::string& text, std::vector<PairedDev
         devices.push_back(device);
     }
     out = std::move(devices);
+    if (parsed != nullptr) *parsed = root;
     return true;
 }
 

@@ -1,7 +1,8 @@
 // What the simulated platform holds before the plugin starts: the pairing list in the settings
 // store, the IR blaster's codesets (and so its key maps), the model year and the IR service feature
 // flag. Starts from embedded defaults (one paired appliance of each kind); Load() replaces them
-// from the files and values given on the command line. Apply() writes it all into the simulator.
+// from the files and values it is given. Apply() writes it all into the simulator.
+// Key maps are parsed once, when they are taken in. Used from one thread at a time.
 #pragma once
 
 #include <string>
@@ -9,9 +10,21 @@
 #include <utility>
 #include <vector>
 
-#include "CCommandLine.h"
+#include "JsonValue.h"
+#include "PlatformOptions.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
+
+// A codeset's key map as the IR library reports it: its text, the JSON it is (null when it is
+// not JSON) and its named integer keys in the map's order.
+struct KeyMap {
+    std::string text;
+    common::json::JsonValue json;
+    std::vector<std::pair<std::string, int>> keys;
+
+    static KeyMap Parse(const std::string& text);
+};
 
 struct PairedDevice {
     std::string codeset;
@@ -25,7 +38,7 @@ public:
 
     // false with a one-line reason when a file cannot be read or is not the expected JSON;
     // `badPath` (if given) tells the first kind (no such file, a directory) from the second.
-    bool Load(const Options& options, std::string& error, bool* badPath = nullptr);
+    bool Load(const PlatformOptions& options, std::string& error, bool* badPath = nullptr);
     void Apply() const;
     // Attaches the --ir-device transmitter (after Apply); false with a reason it cannot be used.
     bool AttachTransmitter(std::string& error) const;
@@ -34,29 +47,33 @@ public:
     bool SetPairing(const std::string& text, std::string& error);
 
     const std::string& PairingText() const { return pairingText_; }
+    const common::json::JsonValue& PairingJson() const { return pairingJson_; }  // the same, parsed
     const std::vector<PairedDevice>& Devices() const { return devices_; }
     const std::vector<std::pair<std::string, std::string>>& Catalogue() const { return catalogue_; }
     // The codeset of the first paired appliance of that OCF type, "" if none.
     std::string PairedCodeset(const std::string& type) const;
     // The key map the IR library gives for a codeset, or nullptr if it has none. Constant time.
-    const std::string* KeyMap(const std::string& codeset) const;
+    const host::KeyMap* KeyMap(const std::string& codeset) const;
     int Year() const { return year_; }
     bool MbrSupport() const { return mbrSupport_; }
 
     // The parsers behind Load(), for other texts; false with a one-line reason.
-    static bool ParsePairing(const std::string& text, std::vector<PairedDevice>& out, std::string& error);
+    // `root`, when given, receives the whole list as JSON.
+    static bool ParsePairing(const std::string& text, std::vector<PairedDevice>& out, std::string& error,
+                             common::json::JsonValue* root = nullptr);
     static bool ParseCatalogue(const std::string& text, std::vector<std::pair<std::string, std::string>>& out,
                                std::string& error);
 
     static constexpr int kDefaultYear = 23;
-    static constexpr char kDevicesKey[] = "db/tavrell/irplugin/devices";
+    static constexpr const char* kDevicesKey = contract::kDevicesKey;
 
 private:
     std::string pairingText_;
+    common::json::JsonValue pairingJson_;
     std::vector<PairedDevice> devices_;
     // The key maps the IR library reports: the codesets', or --catalogue's, which replaces them.
     std::vector<std::pair<std::string, std::string>> catalogue_;
-    std::unordered_map<std::string, std::size_t> catalogueIndex_;  // codeset -> catalogue_ position
+    std::unordered_map<std::string, host::KeyMap> keyMaps_;  // codeset -> its catalogue entry, parsed
     void index();
     bool catalogueGiven_ = false;
     std::string codesetsText_;

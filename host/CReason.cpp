@@ -1,6 +1,7 @@
 #include "CReason.h"
 
 #include <optional>
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 namespace {
@@ -56,7 +57,7 @@ void CReason::Explain(RequestResult& result, int timeoutMs) {
     // The cases the service leaves unanswered on purpose say so in its log.
     result.outcome = Outcome::Unanswered;
     if (Find(result, "there is no deviceType obj")) {
-        result.reason = "no \"x.com.korvan.deviceType\" in the payload: the service sends no answer to that";
+        result.reason = std::string("no \"") + contract::kAttrDeviceType + "\" in the payload: the service sends no answer to that";
     } else if (const auto dropped = Find(result, "set request dropped: ")) {
         result.reason = "the service dropped the request (" + Readable(After(*dropped, "set request dropped: ")) +
                         "): it sends no answer";

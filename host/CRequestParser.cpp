@@ -6,15 +6,15 @@
 #include <cmath>
 
 #include "CApplianceTypes.h"
-#include "CCommandLine.h"
 #include "JsonValue.h"
+#include "Nearest.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
 
-const char kAirConditioner[] = "oic.d.airconditioner";
 
 std::string Value(const NamedValues& values, const std::string& name, const std::string& fallback) {
     const auto found = values.find(name);
@@ -93,9 +93,12 @@ bool CRequestParser::Parse(const std::string& command, const NamedValues& values
 }
 
 bool CRequestParser::ParseLine(const std::string& text, long line, Request& out, std::string& error) const {
+    return ParseObject(JsonValue::Create(text), line, out, error);
+}
+
+bool CRequestParser::ParseObject(const JsonValue& root, long line, Request& out, std::string& error) const {
     out = Request();
     out.line = line;
-    const JsonValue root = JsonValue::Create(text);
     if (root.type() != common::json::kObject) {
         error = root.isNull() ? "not valid JSON" : "not a JSON object";
         return false;
@@ -106,13 +109,13 @@ bool CRequestParser::ParseLine(const std::string& text, long line, Request& out,
     const std::string command = Value(values, "command", "");
     values.erase("command");
     values.erase("id");
-    if (const CommandInfo* info = CCommandLine::FindCommand(command)) {
+    if (const auto kind = RequestKindFrom(command)) {
         std::vector<std::string> known;
-        for (const auto& option : info->options) known.push_back(option.first);
+        for (const RequestField& field : FieldsOf(*kind)) known.push_back(field.name);
         for (const auto& entry : values) {
             if (std::find(known.begin(), known.end(), entry.first) != known.end()) continue;
             error = command + ": unknown field \"" + entry.first + "\"";
-            const std::string hint = CCommandLine::Nearest(entry.first, known);
+            const std::string hint = Nearest(entry.first, known);
             if (!hint.empty()) error += " (did you mean \"" + hint + "\"?)";
             return false;
         }
@@ -133,23 +136,19 @@ bool CRequestParser::keyCode(const std::string& text, Request& out, std::string&
         case Number::NotANumber: break;
     }
     // Not a number: a key name, looked up in the key map the IR library gives for the codeset.
-    const std::string* keyMap = setup_.KeyMap(out.codeset);
+    const KeyMap* keyMap = setup_.KeyMap(out.codeset);
     if (keyMap == nullptr) {
         error = "no key map for codeset " + out.codeset + " to look up the key name '" + text + "'";
         return false;
     }
-    const JsonValue map = JsonValue::Create(*keyMap);
     std::string names;
-    if (map.type() == common::json::kObject) {
-        for (const auto& member : map.getMemberNames()) {
-            if (!map[member].isInt()) continue;
-            if (member == text) {
-                out.key = map[member].asInt();
-                out.keyName = text;
-                return true;
-            }
-            names += (names.empty() ? "" : ", ") + member;
+    for (const auto& [keyName, code] : keyMap->keys) {
+        if (keyName == text) {
+            out.key = code;
+            out.keyName = text;
+            return true;
         }
+        names += (names.empty() ? "" : ", ") + keyName;
     }
     error = "'" + text + "' is neither a key code nor a key name in " + out.codeset + "'s key map" +
             (names.empty() ? " (it names no keys)" : " (" + names + ")");
@@ -180,7 +179,7 @@ bool CRequestParser::key(const NamedValues& values, Request& out, std::string& e
 }
 
 bool CRequestParser::ac(const NamedValues& values, Request& out, std::string& error) const {
-    out.type = kAirConditioner;
+    out.type = contract::kOcfAirConditioner;
     out.ac.power = Value(values, "power", out.ac.power);
     out.ac.mode = Value(values, "mode", out.ac.mode);
     out.ac.fan = Value(values, "fan", out.ac.fan);
@@ -194,7 +193,7 @@ bool CRequestParser::ac(const NamedValues& values, Request& out, std::string& er
         }
         out.ac.setpoint = static_cast<int>(setpoint);
     }
-    out.codeset = Value(values, "codeset", setup_.PairedCodeset(kAirConditioner));
+    out.codeset = Value(values, "codeset", setup_.PairedCodeset(contract::kOcfAirConditioner));
     if (out.codeset.empty()) {
         error = "no paired air conditioner; give " + name("codeset");
         return false;
@@ -208,24 +207,19 @@ bool CRequestParser::set(const NamedValues& values, Request& out, std::string& e
         return false;
     }
     out.property = Value(values, "name", out.property);
-    out.valueKind = Value(values, "kind", out.valueKind);
     out.text = values.at("value");
-    if (out.valueKind == "int") {
-        long long number = 0;
-        if (ParseInteger(out.text, INT_MIN, INT_MAX, number) != Number::Ok) {
-            error = name("value") + " '" + out.text + "' is not an integer";
-            return false;
-        }
-    } else if (out.valueKind == "bool") {
-        if (out.text != "true" && out.text != "false") {
-            error = name("value") + " must be true or false for " + name("kind") + " bool";
-            return false;
-        }
-    } else if (out.valueKind != "json" && out.valueKind != "string") {
-        error = name("kind") + " must be json, string, int or bool, not '" + out.valueKind + "'";
+    const std::string kindText = Value(values, "kind", ToString(out.valueKind));
+    const auto kind = ValueKindFrom(kindText);
+    if (!kind) {
+        error = name("kind") + " must be json, string, int or bool, not '" + kindText + "'";
         return false;
     }
-    return true;
+    out.valueKind = *kind;
+    sim::HostProperty unused;
+    if (ToHostProperty(out.property, out.valueKind, out.text, unused)) return true;
+    error = out.valueKind == ValueKind::Int ? name("value") + " '" + out.text + "' is not an integer"
+                                            : name("value") + " must be true or false for " + name("kind") + " bool";
+    return false;
 }
 
 }  // namespace ircontrol::host

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "CPlatformSetup.h"
+#include "JsonValue.h"
 #include "Request.h"
 
 namespace ircontrol::host {
@@ -23,6 +24,8 @@ public:
     // One JSON object {"command": ..., "id": ..., <the command's values>}; `line` is kept in the
     // request. False with a one-line reason; `out.id` and `out.line` are set even then.
     bool ParseLine(const std::string& text, long line, Request& out, std::string& error) const;
+    // The same for an object already parsed (the web API's bodies).
+    bool ParseObject(const common::json::JsonValue& root, long line, Request& out, std::string& error) const;
 
     // Whole-number text within [min, max]: "22", "-3", "+7". A JSON line's 22.0 arrives as "22".
     enum class Number { Ok, NotANumber, OutOfRange };

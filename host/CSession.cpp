@@ -5,6 +5,7 @@
 #include "CApplianceTypes.h"
 #include "CReason.h"
 #include "JsonValue.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 
@@ -19,19 +20,20 @@ bool IsTransmission(const sim::IrCall& call) {
            call.function == sim::IrCall::Function::Aircon;
 }
 
+// The parser has checked a set request's value against its kind; one that does not fit (a
+// Request built by hand) goes as JSON text, which the service refuses on its own.
 sim::HostProperty PropertyOf(const RequestResult& result) {
     const Request& r = result.request;
-    if (r.kind != RequestKind::Set || r.valueKind == "json") return sim::HostProperty::Json(result.property, result.payload);
-    if (r.valueKind == "int") return sim::HostProperty::Int(result.property, std::stoi(r.text));
-    if (r.valueKind == "bool") return sim::HostProperty::Bool(result.property, r.text == "true");
-    return sim::HostProperty::String(result.property, r.text);
+    sim::HostProperty property = sim::HostProperty::Json(result.property, result.payload);
+    if (r.kind == RequestKind::Set) ToHostProperty(result.property, r.valueKind, r.text, property);
+    return property;
 }
 
 void TakeAnswer(const sim::SetResult& answer, RequestResult& result) {
     std::string code, description;
     for (const auto& p : answer.properties) {
-        if (p.name == "errorCode") code = p.text;
-        if (p.name == "description") description = p.text;
+        if (p.name == contract::kAnswerErrorCode) code = p.text;
+        if (p.name == contract::kAnswerDescription) description = p.text;
     }
     result.answer = std::make_pair(code, description);
     result.elapsed = std::chrono::duration_cast<std::chrono::microseconds>(answer.time - result.sent);
@@ -39,25 +41,25 @@ void TakeAnswer(const sim::SetResult& answer, RequestResult& result) {
 
 }  // namespace
 
-std::string CSession::KeyPayload(const std::string& type, const std::string& codeset, int key) {
+JsonValue CSession::KeyPayload(const std::string& type, const std::string& codeset, int key) {
     JsonValue payload;
-    payload["x.com.korvan.deviceType"] = type;
-    payload["x.com.korvan.codesetName"] = codeset;
-    payload["x.com.korvan.codesetKey"] = key;
-    return payload.toString();
+    payload[contract::kAttrDeviceType] = type;
+    payload[contract::kAttrCodesetName] = codeset;
+    payload[contract::kAttrCodesetKey] = key;
+    return payload;
 }
 
-std::string CSession::AcPayload(const std::string& codeset, const AcState& state) {
+JsonValue CSession::AcPayload(const std::string& codeset, const AcState& state) {
     JsonValue payload;
-    payload["x.com.korvan.deviceType"] = "oic.d.airconditioner";
-    payload["x.com.korvan.codesetName"] = codeset;
-    payload["x.com.korvan.codesetKey"] = 0;
-    JsonValue& ac = payload["x.com.korvan.acState"];
-    ac["x.com.korvan.power"] = state.power;
-    ac["x.com.korvan.mode"] = state.mode;
-    ac["x.com.korvan.coolingSetpoint"] = state.setpoint;
-    ac["x.com.korvan.fanSpeed"] = state.fan;
-    return payload.toString();
+    payload[contract::kAttrDeviceType] = contract::kOcfAirConditioner;
+    payload[contract::kAttrCodesetName] = codeset;
+    payload[contract::kAttrCodesetKey] = 0;
+    JsonValue& ac = payload[contract::kAttrAcState];
+    ac[contract::kAttrPower] = state.power;
+    ac[contract::kAttrMode] = state.mode;
+    ac[contract::kAttrCoolingSetpoint] = state.setpoint;
+    ac[contract::kAttrFanSpeed] = state.fan;
+    return payload;
 }
 
 RequestResult CSession::Describe(const Request& request) {
@@ -68,24 +70,27 @@ RequestResult CSession::Describe(const Request& request) {
             result.label = CApplianceTypes::ShortName(request.type);
             result.summary = "key " + std::to_string(request.key) +
                              (request.keyName.empty() ? "" : " " + request.keyName) + " (" + request.codeset + ")";
-            result.property = "setKeyEvent";
-            result.payload = KeyPayload(request.type, request.codeset, request.key);
+            result.property = contract::kPropSetKeyEvent;
+            result.payloadJson = KeyPayload(request.type, request.codeset, request.key);
+            result.payload = result.payloadJson.toString();
             break;
         case RequestKind::Ac: {
             const AcState& s = request.ac;
             result.label = "ac";
             result.summary = s.power + " " + s.mode + " " + std::to_string(s.setpoint) + " " + s.fan + " (" +
                              request.codeset + ")";
-            result.property = "setKeyEvent";
-            result.payload = AcPayload(request.codeset, s);
+            result.property = contract::kPropSetKeyEvent;
+            result.payloadJson = AcPayload(request.codeset, s);
+            result.payload = result.payloadJson.toString();
             break;
         }
         case RequestKind::Set:
             result.label = request.property;
-            result.summary = request.valueKind + " " +
+            result.summary = std::string(ToString(request.valueKind)) + " " +
                              (request.text.size() > 24 ? request.text.substr(0, 21) + "..." : request.text);
             result.property = request.property;
             result.payload = request.text;
+            result.payloadJson = JsonValue::Create(request.text);  // the one parse of a given text
             break;
         case RequestKind::Devices:
             result.label = "devices";
@@ -106,7 +111,7 @@ RequestResult CSession::Send(const Request& request) {
 
 RequestResult CSession::SendProperties(RequestResult result, const std::vector<sim::HostProperty>& properties) {
     result.sent = std::chrono::steady_clock::now();
-    result.transaction = sim::Host::SendSet("ircontrol", properties);
+    result.transaction = sim::Host::SendSet(contract::kServiceName, properties);
     // Waits in slices, so a request the service leaves unanswered on purpose (its log says so)
     // does not hold the tool for the whole timeout.
     const auto deadline = result.sent + std::chrono::milliseconds(timeoutMs_);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "JsonValue.h"
 #include "Request.h"
 #include "sim/Simulator.h"
 
@@ -31,8 +32,8 @@ public:
 
     // What a request sends, without sending it: label, summary, property and payload.
     static RequestResult Describe(const Request& request);
-    static std::string KeyPayload(const std::string& type, const std::string& codeset, int key);
-    static std::string AcPayload(const std::string& codeset, const AcState& state);
+    static common::json::JsonValue KeyPayload(const std::string& type, const std::string& codeset, int key);
+    static common::json::JsonValue AcPayload(const std::string& codeset, const AcState& state);
 
     int TimeoutMs() const { return timeoutMs_; }
 

@@ -45,14 +45,12 @@ JsonValue Strings(const std::vector<std::string>& list) {
     return array;
 }
 
-// code -> name from a key map {"name": code, ...}
-std::map<int, std::string> KeyNames(const std::string* keyMap) {
+// code -> name from a key map's named keys
+std::map<int, std::string> KeyNames(const KeyMap* keyMap) {
     std::map<int, std::string> names;
     if (keyMap == nullptr) return names;
-    const JsonValue map = JsonValue::Create(*keyMap);
-    if (map.type() != common::json::kObject) return names;
-    for (const std::string& name : map.getMemberNames()) {
-        if (map[name].isInt() && Safe(name)) names.emplace(map[name].asInt(), name);
+    for (const auto& [name, code] : keyMap->keys) {
+        if (Safe(name)) names.emplace(code, name);
     }
     return names;
 }
@@ -62,10 +60,10 @@ std::map<int, std::string> KeyNames(const std::string* keyMap) {
 CDiscovery::CDiscovery(const HomeConfig& config)
     : prefix_(config.discoveryPrefix), base_(config.baseTopic), node_(config.clientId) {}
 
-ClimateModel CDiscovery::Climate(const std::string* keyMap) {
+ClimateModel CDiscovery::Climate(const KeyMap* keyMap) {
     ClimateModel model;
     model.modes.push_back("off");
-    const JsonValue map = keyMap != nullptr ? JsonValue::Create(*keyMap) : JsonValue();
+    const JsonValue map = keyMap != nullptr ? keyMap->json : JsonValue();
     const bool object = map.type() == common::json::kObject;
     std::set<std::string> given;
     if (object && map.isMember("modes") && map["modes"].type() == common::json::kArray) {
@@ -175,7 +173,7 @@ std::vector<MqttMessage> CDiscovery::Configs(const CPlatformSetup& setup) const 
     for (const PairedDevice& paired : setup.Devices()) {
         // One entity set per codeset: the plugin picks the first paired entry of a codeset.
         if (!Safe(paired.codeset) || !seen.insert(paired.codeset).second) continue;
-        if (paired.type == "oic.d.airconditioner") {
+        if (paired.type == contract::kOcfAirConditioner) {
             configs.push_back(climate(paired, Climate(setup.KeyMap(paired.codeset))));
             continue;
         }

@@ -40,7 +40,7 @@ public:
     static std::vector<MqttMessage> Removals(const std::vector<MqttMessage>& before,
                                              const std::vector<MqttMessage>& after);
     // From a key map {"modes":[...],"fan":[...],"setpoint":[min,max]}; defaults where it says less.
-    static ClimateModel Climate(const std::string* keyMap);
+    static ClimateModel Climate(const KeyMap* keyMap);
     // HA mode <-> the service's AC words; nullopt when there is no match.
     static std::optional<std::string> ServiceMode(const std::string& haMode);
     static std::string HaMode(const AcState& state);

@@ -147,11 +147,11 @@ bool CHomeConfig::ParseBroker(const std::string& url, BrokerAddress& out, std::s
 }
 
 bool CHomeConfig::Merge(Options& options, HomeConfig& config, std::string& error) {
-    for (const auto& [option, field] : {std::pair{&Options::irDevice, &HomeConfig::transmitter},
-                                        {&Options::codesetsFile, &HomeConfig::codesets},
-                                        {&Options::devicesFile, &HomeConfig::pairing},
-                                        {&Options::catalogueFile, &HomeConfig::catalogue}}) {
-        if ((options.*option).empty()) options.*option = config.*field;
+    for (const auto& [option, field] : {std::pair{&PlatformOptions::irDevice, &HomeConfig::transmitter},
+                                        {&PlatformOptions::codesetsFile, &HomeConfig::codesets},
+                                        {&PlatformOptions::devicesFile, &HomeConfig::pairing},
+                                        {&PlatformOptions::catalogueFile, &HomeConfig::catalogue}}) {
+        if ((options.platform.*option).empty()) options.platform.*option = config.*field;
     }
     if (options.values.count("listen") == 0 && !config.listen.empty()) options.values["listen"] = config.listen;
     const std::vector<std::pair<const char*, const char*>> overrides = {

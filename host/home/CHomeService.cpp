@@ -7,9 +7,18 @@
 
 namespace ircontrol::host {
 
-CHomeService::CHomeService(Options options, HomeConfig config, CSession& session, CPlatformSetup& setup,
-                           std::ostream& out, std::ostream& err)
-    : options_(std::move(options)), config_(std::move(config)), session_(session), setup_(setup), out_(out), err_(err) {}
+CHomeService::CHomeService(const CommandContext& context)
+    : options_(context.options), session_(context.session), setup_(context.setup), out_(context.out),
+      err_(context.err) {}
+
+bool CHomeService::Configure(const Options& options, HomeConfig& out, std::string& error) {
+    HomeConfig config;
+    Options merged = options;
+    if (!options.configFile.empty() && !CHomeConfig::Load(options.configFile, config, error)) return false;
+    if (!CHomeConfig::Merge(merged, config, error)) return false;
+    out = config;
+    return true;
+}
 
 CHomeService::~CHomeService() {
     if (client_) client_->Stop();
@@ -42,10 +51,11 @@ bool CHomeService::Settings(const HomeConfig& config, MqttSettings& out, std::st
     return true;
 }
 
-bool CHomeService::Prepare(std::string& error) {
+bool CHomeService::restore(std::string& error) {
     if (config_.stateDirectory.empty()) return true;
     state_ = std::make_unique<CStateDirectory>(config_.stateDirectory);
     if (!state_->Load(error)) return false;
+    // The plugin reads the pairing list on every command, so replacing it now is in time.
     if (state_->HasPairing() && !setup_.SetPairing(state_->Pairing(), error)) {
         error = state_->PairingPath() + ": " + error;
         return false;
@@ -54,6 +64,7 @@ bool CHomeService::Prepare(std::string& error) {
 }
 
 bool CHomeService::Run(std::string& error) {
+    if (!Configure(options_, config_, error) || !restore(error)) return false;
     MqttSettings settings;
     if (!config_.broker.empty() && !Settings(config_, settings, error)) return false;
     WebOptions web;
@@ -101,11 +112,8 @@ bool CHomeService::Run(std::string& error) {
 void CHomeService::reload() {
     HomeConfig next;
     std::string error;
-    Options options = options_;
     if (options_.configFile.empty()) return log("reload: no configuration file was given");
-    if (!CHomeConfig::Load(options_.configFile, next, error) || !CHomeConfig::Merge(options, next, error)) {
-        return log("reload refused, the running configuration stays: " + error);
-    }
+    if (!Configure(options_, next, error)) return log("reload refused, the running configuration stays: " + error);
     MqttSettings settings;
     if (!next.broker.empty() && !Settings(next, settings, error)) return log("reload refused: " + error);
     if (next.baseTopic != config_.baseTopic || next.clientId != config_.clientId ||

@@ -1,7 +1,7 @@
 // ircontrol-host service: the web remote and the MQTT door in one process, over the one session
 // and setup of the loaded plugin, with what they are told kept in the state directory. Run()
 // serves until SIGTERM or SIGINT; SIGHUP re-reads the configuration file and reconnects with
-// its broker settings. Construct, Prepare, Run and destroy on one thread; throws nothing.
+// its broker settings. Construct, Run and destroy on the command's thread; throws nothing.
 #pragma once
 
 #include <memory>
@@ -10,6 +10,7 @@
 #include <string>
 
 #include "CHomeConfig.h"
+#include "CommandContext.h"
 #include "CMqttDoor.h"
 #include "CPlatformSetup.h"
 #include "CSession.h"
@@ -22,24 +23,26 @@ class CJobRunner;
 
 class CHomeService {
 public:
-    CHomeService(Options options, HomeConfig config, CSession& session, CPlatformSetup& setup, std::ostream& out,
-                 std::ostream& err);
+    // The plugin is running; `context` outlives the service.
+    explicit CHomeService(const CommandContext& context);
     ~CHomeService();
 
-    // After the setup is applied and before the plugin starts: reads the state directory, whose
-    // pairing list (the last one the service was told) replaces the configured one. False with a reason.
-    bool Prepare(std::string& error);
-    // Serves until stopped; false with a reason when it could not start serving.
+    // Reads the configuration and the state directory, whose pairing list (the last one the
+    // service was told) replaces the configured one, then serves until stopped. False with a
+    // reason when it could not start serving.
     bool Run(std::string& error);
 
     // The broker settings of a configuration (reads the password file); false with a reason.
     static bool Settings(const HomeConfig& config, MqttSettings& out, std::string& error);
 
 private:
+    // The configuration file (if any) with the command line's values over it.
+    static bool Configure(const Options& options, HomeConfig& out, std::string& error);
+    bool restore(std::string& error);
     void reload();  // the web server's loop thread
     void log(const std::string& line);
 
-    Options options_;
+    const Options& options_;
     HomeConfig config_;
     CSession& session_;
     CPlatformSetup& setup_;

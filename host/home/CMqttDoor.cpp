@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "CPrinter.h"
+#include "CResultJson.h"
 #include "CRequestParser.h"
 #include "GlibHandles.h"
 #include "JsonValue.h"
@@ -91,7 +92,7 @@ void CMqttDoor::announce() {
     messages.insert(messages.end(), configs.begin(), configs.end());
     for (const PairedDevice& device : setup_.Devices()) {
         const auto last = acStates_.find(device.codeset);
-        if (device.type != "oic.d.airconditioner" || last == acStates_.end()) continue;
+        if (device.type != contract::kOcfAirConditioner || last == acStates_.end()) continue;
         const auto states = discovery_.States(device.codeset, last->second);
         messages.insert(messages.end(), states.begin(), states.end());
     }
@@ -147,7 +148,7 @@ void CMqttDoor::key(const std::string& topic, const std::string& codeset, const 
 void CMqttDoor::climate(const std::string& topic, const std::string& codeset, const std::string& field,
                         const std::string& payload) {
     const PairedDevice* device = paired(codeset);
-    if (device == nullptr || device->type != "oic.d.airconditioner") {
+    if (device == nullptr || device->type != contract::kOcfAirConditioner) {
         return publishError(topic, "no paired air conditioner uses codeset " + codeset);
     }
     const ClimateModel model = CDiscovery::Climate(setup_.KeyMap(codeset));
@@ -192,7 +193,8 @@ void CMqttDoor::raw(const std::string& topic, const std::string& payload) {
     if (!parser.ParseLine(payload, 0, request, error)) return publishError(topic, error);
     if (request.kind == RequestKind::Devices) {
         std::ostringstream listing;
-        CPrinter(listing, true).Devices(setup_, request);
+        request.line = 1;  // one object with every device, as serve answers the line
+        CPrinter::Make(listing, true)->Devices(setup_, request);
         client_.Publish(discovery_.Result(), listing.str(), false);
         return;
     }
@@ -212,11 +214,13 @@ void CMqttDoor::pairing(const std::string& topic, const std::string& payload) {
 
 void CMqttDoor::send(const std::string& topic, const Request& request) {
     const RequestResult result = session_.Send(request);
-    JsonValue message = JsonValue::Create(CPrinter::ResultJson(result));
+    // The one result model every door serialises, with the command's topic and the answer's
+    // members where a subscriber looks first.
+    JsonValue message = CResultJson::Build(result);
     message["topic"] = topic;
     if (result.answer) {
-        message["errorCode"] = result.answer->first;
-        message["description"] = result.answer->second;
+        message[contract::kAnswerErrorCode] = result.answer->first;
+        message[contract::kAnswerDescription] = result.answer->second;
     }
     if (!client_.Publish(discovery_.Result(), message.toString(), false)) log_("mqtt: a result was not published");
     if (request.kind != RequestKind::Ac || result.outcome != Outcome::Ok) return;

@@ -1,7 +1,7 @@
 #include "CRequestRecorder.h"
 
-#include "CLogEcho.h"
 #include "CPrinter.h"
+#include "CResultJson.h"
 #include "GlibHandles.h"
 
 namespace ircontrol::host {
@@ -21,6 +21,12 @@ std::string Utf8(const std::string& text) {
     return valid.get();
 }
 
+// JSON text for a browser must be UTF-8.
+bool Valid(const JsonValue& value) {
+    const std::string text = value.toString();
+    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr);
+}
+
 JsonValue LineJson(const sim::LogLine& line) {
     JsonValue entry;
     entry["priority"] = line.priority;
@@ -31,22 +37,16 @@ JsonValue LineJson(const sim::LogLine& line) {
 
 }  // namespace
 
-CRequestRecorder::CRequestRecorder(Publish publish, std::ostream* echo, bool colour)
-    : origin_(Clock::now()), capture_(std::make_shared<Capture>()) {
+CRequestRecorder::CRequestRecorder(Publish publish) : origin_(Clock::now()), capture_(std::make_shared<Capture>()) {
     capture_->publish = std::move(publish);
-    capture_->echo = echo;
-    capture_->colour = colour;
     std::weak_ptr<Capture> weak = capture_;
     // Lines come from the plugin's worker thread and the host's; they are shown live under the
     // web request being served (the result carries the simulator's exact attribution).
-    sim::Log::SetListener([weak](const sim::LogLine& line) {
+    listener_ = sim::Log::AddListener([weak](const sim::LogLine& line) {
         auto capture = weak.lock();
         if (!capture) return;
         std::lock_guard<std::mutex> lock(capture->mutex);
         if (!capture->publish) return;  // the recorder is gone
-        if (capture->echo != nullptr) {
-            *capture->echo << CLogEcho::Format(line.priority, line.tag, line.text, capture->colour) << std::endl;
-        }
         JsonValue event = LineJson(line);
         event["type"] = "log";
         event["id"] = static_cast<long long>(capture->current);
@@ -55,7 +55,7 @@ CRequestRecorder::CRequestRecorder(Publish publish, std::ostream* echo, bool col
 }
 
 CRequestRecorder::~CRequestRecorder() {
-    sim::Log::SetListener(nullptr);
+    sim::Log::RemoveListener(listener_);
     // The simulator calls a listener outside its own lock, so a line may already be on its way
     // in the plugin's worker. It publishes under the capture's lock: waiting for that lock and
     // dropping the publisher keeps it, and any later one, away from the event hub, which goes
@@ -119,9 +119,9 @@ JsonValue CRequestRecorder::Run(uint64_t id, const JsonValue& request, const Sen
 }
 
 JsonValue CRequestRecorder::Describe(uint64_t id, const RequestResult& result) {
-    JsonValue described = JsonValue::Create(CPrinter::ResultJson(result));
-    if (described.type() != common::json::kObject) {
-        // Only bytes that are not UTF-8 (from a key map file, say) can make it unreadable.
+    JsonValue described = CResultJson::Build(result);
+    if (!Valid(described)) {
+        // Only bytes that are not UTF-8 (from a key map file, say) can make it unusable.
         described = JsonValue(common::json::kObject);
         described["outcome"] = ToString(result.outcome);
         described["reason"] = Utf8(result.reason);

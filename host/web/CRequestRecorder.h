@@ -1,7 +1,7 @@
 // Runs one request to the plugin at a time for the web and publishes each step as a live event
 // (a JSON object's text): the request, the plugin's log lines while it runs, its transmissions
-// and the result. Run() is called on one worker thread; the log listener it installs on the
-// simulator is removed by the destructor. Throws nothing of its own.
+// and the result. Run() is called on one worker thread; the log listener it adds to the
+// simulator (beside --verbose's) is removed by the destructor. Throws nothing of its own.
 #pragma once
 
 #include <atomic>
@@ -10,7 +10,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <ostream>
 #include <string>
 
 #include "JsonValue.h"
@@ -25,8 +24,7 @@ public:
     // Parses and sends the request, filling the result; false with a reason when it could not be sent.
     using Send = std::function<bool(RequestResult& out, std::string& error)>;
 
-    // `echo`: where --verbose shows the plugin's log lines (nullptr: nowhere).
-    CRequestRecorder(Publish publish, std::ostream* echo, bool colour);
+    explicit CRequestRecorder(Publish publish);
     ~CRequestRecorder();
     CRequestRecorder(const CRequestRecorder&) = delete;
     CRequestRecorder& operator=(const CRequestRecorder&) = delete;
@@ -42,8 +40,8 @@ public:
     // Publishes an event that belongs to no request ("devices" after an edit, ...).
     void Announce(common::json::JsonValue event);
 
-    // The tool's JSON result (as serve prints it) with what the page shows besides: the web
-    // request's id, label, summary, each transmission as text and the request's log lines.
+    // The one result object (CResultJson, as serve prints it) with what the page shows besides:
+    // the web request's id, label, summary, each transmission as text and the request's log lines.
     static common::json::JsonValue Describe(uint64_t id, const RequestResult& result);
 
 private:
@@ -51,13 +49,12 @@ private:
         std::mutex mutex;
         uint64_t current = 0;  // the web request now being served, 0 between requests
         Publish publish;
-        std::ostream* echo;
-        bool colour;
     };
 
     std::chrono::steady_clock::time_point origin_;
     std::atomic<uint64_t> nextId_{1};
     std::shared_ptr<Capture> capture_;
+    uint64_t listener_ = 0;
 };
 
 }  // namespace ircontrol::host

@@ -1,5 +1,6 @@
 #include "CWebApi.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -8,13 +9,14 @@
 
 #include "CApplianceTypes.h"
 #include "CRequestParser.h"
+#include "ServiceContract.h"
 
 namespace ircontrol::host {
 namespace {
 
 using common::json::JsonValue;
 
-constexpr int kLookAgain = 10;  // timeouts to wait, at most, for a late answer
+constexpr std::size_t kLookAgain = 10;  // timeouts to wait, at most, for a late answer
 
 JsonValue IntList(const std::vector<int>& values) {
     JsonValue list(common::json::kArray);
@@ -45,7 +47,8 @@ bool MethodIn(const std::string& method, const std::string& allowed) {
 
 CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
                  std::function<void()> pairingChanged)
-    : runner_(runner), recorder_(recorder), session_(session), setup_(setup), pairingChanged_(std::move(pairingChanged)) {}
+    : runner_(runner), recorder_(recorder), session_(session), setup_(setup),
+      pairingChanged_(std::move(pairingChanged)), followUp_(session, kLookAgain) {}
 
 std::string CWebApi::Allowed(const std::string& path) {
     if (path == "/api/requests" || path == "/api/key" || path == "/api/ac") return "POST";
@@ -119,27 +122,21 @@ void CWebApi::properties(const JsonValue& list, bool wait, Done done) {
         if (entry.type() != common::json::kObject || !entry.isMember("value")) {
             return done(Error(400, where + " must be an object with \"name\" and \"value\""));
         }
-        const std::string name = entry.isMember("name") ? Text(entry["name"]) : "setKeyEvent";
-        const std::string kind = entry.isMember("kind") ? Text(entry["kind"]) : "json";
+        const std::string name = entry.isMember("name") ? Text(entry["name"]) : std::string(contract::kPropSetKeyEvent);
+        const std::string kind = entry.isMember("kind") ? Text(entry["kind"]) : ToString(ValueKind::Json);
         const std::string value = Text(entry["value"]);
-        long long number = 0;
-        if (kind == "json") {
-            properties.push_back(sim::HostProperty::Json(name, value));
-        } else if (kind == "string") {
-            properties.push_back(sim::HostProperty::String(name, value));
-        } else if (kind == "int" && CRequestParser::ParseInteger(value, INT32_MIN, INT32_MAX, number) ==
-                                        CRequestParser::Number::Ok) {
-            properties.push_back(sim::HostProperty::Int(name, static_cast<int>(number)));
-        } else if (kind == "bool" && (value == "true" || value == "false")) {
-            properties.push_back(sim::HostProperty::Bool(name, value == "true"));
-        } else {
+        const auto valueKind = ValueKindFrom(kind);
+        sim::HostProperty property;
+        if (!valueKind || !ToHostProperty(name, *valueKind, value, property)) {
             return done(Error(400, where + ": \"" + value + "\" is not a value of kind \"" + kind +
                                        "\" (json, string, int or bool)"));
         }
+        properties.push_back(std::move(property));
         described.property += (i == 0 ? "" : ",") + name;
     }
     described.summary = std::to_string(properties.size()) + " properties";
     described.payload = list.toString();
+    described.payloadJson = list;
     described.request.property = described.property;
     described.request.text = described.payload;
     JsonValue request;
@@ -153,12 +150,11 @@ void CWebApi::properties(const JsonValue& list, bool wait, Done done) {
 }
 
 void CWebApi::submit(const JsonValue& line, bool wait, Done done) {
-    const std::string text = line.toString();
     enqueue(line, wait,
-            [this, text](RequestResult& out, std::string& error) {
+            [this, line](RequestResult& out, std::string& error) {
                 const CRequestParser parser(setup_, CRequestParser::Style::Json);
                 Request request;
-                if (!parser.ParseLine(text, 0, request, error)) return false;
+                if (!parser.ParseObject(line, 0, request, error)) return false;
                 if (request.kind == RequestKind::Devices) {
                     error = "devices: use GET /api/devices";
                     return false;
@@ -176,7 +172,7 @@ void CWebApi::enqueue(const JsonValue& request, bool wait, CRequestRecorder::Sen
             RequestResult kept;
             const JsonValue result = recorder_.Run(id, request, send, &kept);
             if (wait) done(WebReply{result.isMember("error") ? 400u : 200u, result.toString(), ""});
-            if (kept.outcome == Outcome::NoAnswer && kept.transaction != 0) lookAgain(id, kept, kLookAgain);
+            follow(id, kept);
         } catch (const std::exception& e) {
             if (wait) done(Error(500, std::string("the request failed: ") + e.what()));
         }
@@ -193,11 +189,17 @@ void CWebApi::enqueue(const JsonValue& request, bool wait, CRequestRecorder::Sen
 // A request that had no answer in time may still get one (the blaster was on air longer than
 // the timeout): look again for a while, one timeout at a time behind the requests queued since,
 // and show what came, marked late.
-void CWebApi::lookAgain(uint64_t id, const RequestResult& result, int tries) {
-    if (tries <= 0) return;
-    runner_.Post([this, id, tries, kept = result]() mutable {
-        if (session_.Refresh(kept, std::chrono::milliseconds(session_.TimeoutMs()))) recorder_.Late(id, kept);
-        if (!kept.answer) lookAgain(id, kept, tries - 1);
+void CWebApi::follow(uint64_t id, const RequestResult& result) {
+    followUp_.Follow(result, id);
+    if (!followUp_.Empty() && !looking_) lookAgain();
+}
+
+void CWebApi::lookAgain() {
+    looking_ = runner_.Post([this] {
+        followUp_.Look(std::chrono::milliseconds(session_.TimeoutMs()),
+                       [this](uint64_t id, const RequestResult& result, std::size_t) { recorder_.Late(id, result); });
+        looking_ = false;
+        if (!followUp_.Empty()) lookAgain();
     });
 }
 
@@ -224,7 +226,7 @@ void CWebApi::putDevices(const std::string& body, Done done) {
 
 JsonValue CWebApi::devicesJson() const {
     JsonValue result;
-    result["pairing"] = JsonValue::Create(setup_.PairingText());
+    result["pairing"] = setup_.PairingJson();
     JsonValue& list = result["devices"];
     list = JsonValue(common::json::kArray);
     for (const auto& device : setup_.Devices()) {
@@ -236,23 +238,17 @@ JsonValue CWebApi::devicesJson() const {
         const std::vector<int>& allowed = CApplianceTypes::AllowedKeys(device.type);
         entry["allowed"] = IntList(allowed);
         JsonValue keys(common::json::kArray);
-        const std::string* keyMap = setup_.KeyMap(device.codeset);
-        entry["keyMap"] = keyMap != nullptr ? JsonValue(*keyMap) : JsonValue();
-        const JsonValue map = keyMap != nullptr ? JsonValue::Create(*keyMap) : JsonValue();
-        if (map.type() == common::json::kObject) {
-            for (const auto& name : map.getMemberNames()) {
-                if (!map[name].isInt()) continue;
-                JsonValue key;
-                key["name"] = name;
-                key["code"] = map[name].asInt();
-                bool ok = false;
-                for (int code : allowed) ok = ok || code == map[name].asInt();
-                key["allowed"] = ok;
-                keys.append(std::move(key));
-            }
+        const KeyMap* keyMap = setup_.KeyMap(device.codeset);
+        entry["keyMap"] = keyMap != nullptr ? JsonValue(keyMap->text) : JsonValue();
+        for (const auto& [name, code] : keyMap != nullptr ? keyMap->keys : std::vector<std::pair<std::string, int>>()) {
+            JsonValue key;
+            key["name"] = name;
+            key["code"] = code;
+            key["allowed"] = std::find(allowed.begin(), allowed.end(), code) != allowed.end();
+            keys.append(std::move(key));
         }
         entry["keys"] = keys;
-        if (device.type == "oic.d.airconditioner") {
+        if (device.type == contract::kOcfAirConditioner) {
             for (const char* field : {"power", "mode", "fan"}) entry["ac"][field] = WordList(CApplianceTypes::AcWords(field));
         }
         list.append(std::move(entry));

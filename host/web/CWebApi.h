@@ -9,6 +9,7 @@
 #include <string>
 
 #include "CJobRunner.h"
+#include "CLateFollowUp.h"
 #include "CPlatformSetup.h"
 #include "CRequestRecorder.h"
 #include "CSession.h"
@@ -48,7 +49,9 @@ private:
     void putDevices(const std::string& body, Done done);
     // Sends one serve-style JSON line ({"command": ..., values}) through the request parser.
     void submit(const common::json::JsonValue& line, bool wait, Done done);
-    void lookAgain(uint64_t id, const RequestResult& result, int tries);
+    // Follows a request that had no answer in time and looks again until it comes (worker).
+    void follow(uint64_t id, const RequestResult& result);
+    void lookAgain();
     void enqueue(const common::json::JsonValue& request, bool wait, CRequestRecorder::Send send, Done done);
     common::json::JsonValue devicesJson() const;  // worker thread
 
@@ -57,6 +60,8 @@ private:
     CSession& session_;
     CPlatformSetup& setup_;
     std::function<void()> pairingChanged_;
+    CLateFollowUp followUp_;    // worker thread only
+    bool looking_ = false;      // a look is queued; worker thread only
 };
 
 }  // namespace ircontrol::host

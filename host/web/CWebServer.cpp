@@ -46,7 +46,7 @@ CWebServer::CWebServer(const WebOptions& options, CSession& session, CPlatformSe
       context_(g_main_context_new()),
       loop_(g_main_loop_new(context_.get(), FALSE)),
       hub_(context_.get(), options.maxStreams, 400),
-      recorder_([this](const std::string& json) { hub_.Publish(json); }, options.echo, options.colour),
+      recorder_([this](const std::string& json) { hub_.Publish(json); }),
       runner_(options.maxQueued),
       api_(runner_, recorder_, session, setup, options.pairingChanged) {
     // The server's sockets attach to the thread-default context when it listens.

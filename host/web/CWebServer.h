@@ -28,8 +28,6 @@ namespace ircontrol::host {
 struct WebOptions {
     std::string listen = "127.0.0.1:8088";
     int timeoutMs = 2000;
-    std::ostream* echo = nullptr;  // --verbose: the plugin's log lines
-    bool colour = false;
     std::size_t maxStreams = 16;
     std::size_t maxQueued = 512;
     std::function<void()> pairingChanged;  // worker thread, after PUT /api/devices changed the list

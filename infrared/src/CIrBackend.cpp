@@ -97,9 +97,9 @@ CIrBackend::Result CIrBackend::SendKey(const std::string& pairing, int key, int 
             t.train = CKeyEncoder::Encode(codeset.protocol, found->scancode, toggle, codeset.repeats, codeset.carrier,
                                           codeset.dutyCycle);
             toggle = !toggle;
-            // The kernel encodes one press without extra copies.
-            t.hasScancode = codeset.repeats == 0;
+            t.hasScancode = true;
             t.scancode = found->scancode;
+            t.repeats = codeset.repeats;
         }
     } catch (const std::exception& e) {
         return refused(std::move(t), e);

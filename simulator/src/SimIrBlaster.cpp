@@ -15,6 +15,7 @@
 #include "infrared/CIrBackend.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "sim/Simulator.h"
+#include "ServiceContract.h"
 
 namespace sim {
 namespace {
@@ -78,7 +79,6 @@ void Record(IrCall call) {
     if (delay.count() > 0) std::this_thread::sleep_for(delay);
 }
 
-constexpr char kPairingKey[] = "db/tavrell/irplugin/devices";
 
 std::shared_ptr<infrared::CIrBackend> Backend() {
     std::lock_guard<std::mutex> lock(State().mutex);
@@ -94,7 +94,7 @@ bool Fill(IrCall& call, const infrared::CIrBackend::Result& result) {
     return result.ok;
 }
 
-std::string Pairing() { return Settings::GetString(kPairingKey).value_or(std::string()); }
+std::string Pairing() { return Settings::GetString(ircontrol::contract::kDevicesKey).value_or(std::string()); }
 
 char* KeyMap(IrCall::Function function, const char* codeset, bool online) {
     IrCall call{};

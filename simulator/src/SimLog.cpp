@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <map>
+#include <memory>
 #include <mutex>
 
 #include "SimInternal.h"
@@ -21,7 +23,10 @@ struct LogState {
     bool capture = true;
     std::size_t limit = 200000;
     bool echo = false;
-    std::function<void(const LogLine&)> listener;
+    // By id; id 0 is SetListener's. Shared, so a line already handed out keeps its listener
+    // alive while it is being called outside the lock.
+    std::map<uint64_t, std::shared_ptr<const std::function<void(const LogLine&)>>> listeners;
+    uint64_t nextListener = 1;
 
     LogState() {
         const char* env = std::getenv("VYRSIM_LOG");
@@ -94,7 +99,26 @@ void Log::SetEcho(bool on) {
 void Log::SetListener(std::function<void(const LogLine&)> listener) {
     auto& s = State();
     std::lock_guard<std::mutex> lock(s.mutex);
-    s.listener = std::move(listener);
+    if (listener) {
+        s.listeners[0] = std::make_shared<const std::function<void(const LogLine&)>>(std::move(listener));
+    } else {
+        s.listeners.erase(0);
+    }
+}
+
+uint64_t Log::AddListener(std::function<void(const LogLine&)> listener) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (!listener) return 0;
+    const uint64_t id = s.nextListener++;
+    s.listeners[id] = std::make_shared<const std::function<void(const LogLine&)>>(std::move(listener));
+    return id;
+}
+
+void Log::RemoveListener(uint64_t id) {
+    auto& s = State();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (id != 0) s.listeners.erase(id);
 }
 
 void internal::ResetLog() {
@@ -103,7 +127,7 @@ void internal::ResetLog() {
     s.lines.clear();
     s.capture = true;
     s.limit = 200000;
-    s.listener = nullptr;
+    s.listeners.clear();
 }
 
 }  // namespace sim
@@ -114,7 +138,7 @@ extern "C" int dlog_print(log_priority prio, const char* tag, const char* fmt, .
     {
         // Nobody is looking: skip the formatting, as a disabled log level would on the TV.
         std::lock_guard<std::mutex> lock(state.mutex);
-        if (!state.capture && !state.echo && !state.listener) return 0;
+        if (!state.capture && !state.echo && state.listeners.empty()) return 0;
     }
     va_list args;
     va_start(args, fmt);
@@ -131,7 +155,7 @@ extern "C" int dlog_print(log_priority prio, const char* tag, const char* fmt, .
 
     sim::LogLine line{static_cast<int>(prio), tag != nullptr ? tag : "", std::move(text),
                       sim::internal::ServingTransaction()};
-    std::function<void(const sim::LogLine&)> listener;
+    std::vector<std::shared_ptr<const std::function<void(const sim::LogLine&)>>> listeners;
     {
         auto& s = state;
         std::lock_guard<std::mutex> lock(s.mutex);
@@ -141,12 +165,12 @@ extern "C" int dlog_print(log_priority prio, const char* tag, const char* fmt, .
             std::fprintf(stderr, "%c/%-11s %s\n", sim::PriorityLetter(line.priority),
                          line.tag.c_str(), shown.c_str());
         }
-        listener = s.listener;
+        for (const auto& [id, listener] : s.listeners) listeners.push_back(listener);
         if (s.capture) {
             s.lines.push_back(line);
             while (s.lines.size() > s.limit) s.lines.pop_front();
         }
     }
-    if (listener) listener(line);
+    for (const auto& listener : listeners) (*listener)(line);
     return length;
 }

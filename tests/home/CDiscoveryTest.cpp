@@ -76,7 +76,7 @@ TEST(HomeDiscovery, AKeyTheKeyMapDoesNotNameIsPressedByItsCode) {
 }
 
 TEST(HomeDiscovery, ClimateModelFollowsTheKeyMap) {
-    const std::string map = R"({"modes":["cool","heat","fan"],"fan":["low","high","turbo"],"setpoint":[18,28]})";
+    const KeyMap map = KeyMap::Parse(R"({"modes":["cool","heat","fan"],"fan":["low","high","turbo"],"setpoint":[18,28]})");
     const ClimateModel model = CDiscovery::Climate(&map);
     EXPECT_EQ(model.modes, (std::vector<std::string>{"off", "cool", "fan_only", "heat"}));
     EXPECT_EQ(model.fanModes, (std::vector<std::string>{"low", "high"}));  // "turbo" is no word of the service

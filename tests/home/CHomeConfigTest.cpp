@@ -118,13 +118,13 @@ TEST(HomeConfigFile, CommandLineOverridesTheFileAndTheFileFillsTheRest) {
     std::string error;
     ASSERT_TRUE(CHomeConfig::Parse(kFull, "home.conf", config, error));
     Options options;
-    options.irDevice = "mode2:/tmp/given.mode2";
+    options.platform.irDevice = "mode2:/tmp/given.mode2";
     options.values["broker"] = "mqtt://127.0.0.1:1999";
     options.values["state-dir"] = "/tmp/state";
     ASSERT_TRUE(CHomeConfig::Merge(options, config, error)) << error;
-    EXPECT_EQ(options.irDevice, "mode2:/tmp/given.mode2");
-    EXPECT_EQ(options.codesetsFile, "/etc/ircontrol/codesets.json");
-    EXPECT_EQ(options.devicesFile, "/etc/ircontrol/devices.json");
+    EXPECT_EQ(options.platform.irDevice, "mode2:/tmp/given.mode2");
+    EXPECT_EQ(options.platform.codesetsFile, "/etc/ircontrol/codesets.json");
+    EXPECT_EQ(options.platform.devicesFile, "/etc/ircontrol/devices.json");
     EXPECT_EQ(options.values["listen"], "0.0.0.0:8080");
     EXPECT_EQ(config.broker, "mqtt://127.0.0.1:1999");
     EXPECT_EQ(config.stateDirectory, "/tmp/state");

@@ -12,7 +12,7 @@ TEST(CCommandLineTest, ParsesGlobalAndCommandOptions) {
     EXPECT_EQ(o.command, "key");
     EXPECT_TRUE(o.json);
     EXPECT_TRUE(o.verbose);
-    EXPECT_EQ(o.year, 24);
+    EXPECT_EQ(o.platform.year, 24);
     EXPECT_EQ(o.irDelayMs, 68);
     EXPECT_EQ(o.plugin, "/p.so");
     EXPECT_EQ(o.values.at("type"), "fan");

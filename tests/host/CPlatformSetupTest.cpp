@@ -58,6 +58,31 @@ TEST(CPlatformSetupTest, CatalogueTakesKeyMapsAsTextOrAsJson) {
     EXPECT_EQ(error, "the catalogue is not valid JSON");
 }
 
+TEST(CPlatformSetupTest, KeyMapsAreParsedOnceIntoTheirNamedKeys) {
+    struct Case {
+        std::string text;
+        std::vector<std::pair<std::string, int>> keys;
+        bool json;
+    };
+    const Case cases[] = {
+        {R"({"power":10,"speed_up":11})", {{"power", 10}, {"speed_up", 11}}, true},
+        // Members that are not whole numbers name no key, but the map is still JSON.
+        {R"({"power":10,"label":"x","list":[1],"off":{"a":1}})", {{"power", 10}}, true},
+        {"[10,11]", {}, true},
+        {"not a map", {}, false},
+    };
+    for (const auto& c : cases) {
+        const KeyMap map = KeyMap::Parse(c.text);
+        EXPECT_EQ(map.text, c.text);
+        EXPECT_EQ(map.keys, c.keys) << c.text;
+        EXPECT_EQ(!map.json.isNull(), c.json) << c.text;
+    }
+    const CPlatformSetup setup;
+    ASSERT_NE(setup.KeyMap("HFAN0001"), nullptr);
+    EXPECT_EQ(setup.KeyMap("HFAN0001")->keys.front(), (std::pair<std::string, int>{"power", 10}));
+    EXPECT_EQ(setup.KeyMap("NOSUCH"), nullptr);
+}
+
 TEST(CPlatformSetupTest, ApplyWritesEverythingThePluginReads) {
     const std::string path = std::string(IRC_BINARY_DIR) + "/test_host_catalogue.json";
     std::ofstream(path) << R"({"ONLY":"{\"power\":1}"})";
@@ -65,7 +90,7 @@ TEST(CPlatformSetupTest, ApplyWritesEverythingThePluginReads) {
     ASSERT_EQ(options.error, "");
     CPlatformSetup setup;
     std::string error;
-    ASSERT_TRUE(setup.Load(options, error)) << error;
+    ASSERT_TRUE(setup.Load(options.platform, error)) << error;
     setup.Apply();
     std::remove(path.c_str());
 
@@ -90,13 +115,13 @@ TEST(CPlatformSetupTest, UnusableFilesAreNamedInTheReason) {
     std::ofstream(path) << R"({"dev_info":[{"codeset":5,"device_index":1}]})";
     CPlatformSetup setup;
     std::string error;
-    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", path, "demo"}), error));
+    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", path, "demo"}).platform, error));
     EXPECT_EQ(error, path + ": dev_info[0] needs a string \"codeset\" and an integer \"device_index\"");
     std::remove(path.c_str());
-    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--catalogue", "/no/such.json", "demo"}), error));
+    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--catalogue", "/no/such.json", "demo"}).platform, error));
     EXPECT_EQ(error, "cannot read --catalogue file /no/such.json: no such file");
     // A directory reads as an empty stream; it must not be called "not valid JSON".
-    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", IRC_BINARY_DIR, "demo"}), error));
+    EXPECT_FALSE(setup.Load(CCommandLine::Parse({"--devices", IRC_BINARY_DIR, "demo"}).platform, error));
     EXPECT_EQ(error, std::string("cannot read --devices file ") + IRC_BINARY_DIR + ": it is a directory");
     EXPECT_EQ(setup.Devices().size(), 5u) << "the defaults survive a refused file";
 }

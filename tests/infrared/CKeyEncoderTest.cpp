@@ -163,5 +163,28 @@ TEST(CKeyEncoderTest, RefusesProtocolsWithoutScancodes) {
     }
 }
 
+// The kernel may stand in for the user-space encoder only where it sends the very same train.
+TEST(CKeyEncoderTest, KernelEncodesOnlyAOneFramePressWithoutCopiesOrToggle) {
+    struct Case {
+        Protocol protocol;
+        std::uint32_t repeats;
+        bool kernel;
+    } cases[] = {
+        {Protocol::Nec, 0, true},       {Protocol::NecX, 0, true},     {Protocol::Nec32, 0, true},
+        {Protocol::Jvc, 0, true},       {Protocol::Sanyo, 0, true},    {Protocol::Nec, 1, false},
+        {Protocol::Rc5, 0, false},      {Protocol::Rc6Mode0, 0, false},  // toggle bit
+        {Protocol::Sony12, 0, false},   {Protocol::Sony20, 0, false},  {Protocol::Sharp, 0, false},  // frames
+        {Protocol::Raw, 0, false},      {Protocol::Pronto, 0, false},  {Protocol::Aircon, 0, false},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(CKeyEncoder::KernelMayEncode(c.protocol, c.repeats), c.kernel)
+            << ProtocolName(c.protocol) << " repeats " << c.repeats;
+        // Where it may, one frame of the user-space train is all there is to send.
+        if (c.kernel) {
+            EXPECT_EQ(CKeyEncoder::FramesPerPress(c.protocol), 1u);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace infrared

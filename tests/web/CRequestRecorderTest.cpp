@@ -41,8 +41,7 @@ TEST(CRequestRecorderTest, ThreadSafeTeardownWaitsForALineBeingPublished) {
             inside = true;
             changed.notify_all();
             changed.wait_for(lock, 10s, [&] { return release; });
-        },
-        nullptr, false);
+        });
     std::thread plugin([] { dlog_print(DLOG_INFO, "IRCONTROL", "a line on its way"); });
     {
         std::unique_lock<std::mutex> lock(mutex);
@@ -112,12 +111,10 @@ TEST(CRequestRecorderTest, PublishesEachStepOfARequestInOrder) {
     CSession session(5000);
     std::mutex mutex;
     std::vector<JsonValue> events;
-    CRequestRecorder recorder(
-        [&](const std::string& json) {
-            std::lock_guard<std::mutex> lock(mutex);
-            events.push_back(JsonValue::Create(json));
-        },
-        nullptr, false);
+    CRequestRecorder recorder([&](const std::string& json) {
+        std::lock_guard<std::mutex> lock(mutex);
+        events.push_back(JsonValue::Create(json));
+    });
     const CRequestParser parser(setup, CRequestParser::Style::Json);
     auto line = [&](const std::string& text) {
         return [&parser, &session, text](RequestResult& out, std::string& why) {

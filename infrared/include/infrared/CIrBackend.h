@@ -35,8 +35,6 @@ public:
     // CTransmitError when it cannot be used.
     static std::unique_ptr<ITransmitter> OpenTransmitter(const std::string& device, const CCodesetLibrary& codesets);
 
-    const ITransmitter& Transmitter() const { return *transmitter_; }
-
 private:
     const Codeset& pairedCodeset(const std::string& pairing, int deviceIndex) const;
     Result send(Transmission transmission);

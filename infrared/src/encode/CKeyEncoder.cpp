@@ -122,6 +122,11 @@ std::uint32_t CKeyEncoder::FramesPerPress(Protocol protocol) {
     }
 }
 
+bool CKeyEncoder::KernelMayEncode(Protocol protocol, std::uint32_t repeats) {
+    const bool toggles = protocol == Protocol::Rc5 || protocol == Protocol::Rc6Mode0;
+    return HasKernelEncoder(protocol) && repeats == 0 && !toggles && FramesPerPress(protocol) == 1;
+}
+
 PulseTrain CKeyEncoder::Encode(Protocol protocol, std::uint32_t sc, bool toggle, std::uint32_t repeats,
                                std::uint32_t carrier, std::uint32_t dutyCycle) {
     if (!HasKernelEncoder(protocol)) {

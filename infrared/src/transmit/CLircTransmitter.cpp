@@ -121,10 +121,7 @@ std::chrono::microseconds CLircTransmitter::Transmit(const Transmission& t) {
     if ((features_ & LIRC_CAN_SET_TRANSMITTER_MASK) != 0) {
         ioctlOrThrow(LIRC_SET_TRANSMITTER_MASK, 1u << (t.emitter - 1), "LIRC_SET_TRANSMITTER_MASK");
     }
-    // The kernel sends one frame per scancode and has no toggle bit to flip: protocols that need
-    // several copies or a toggle (RC-5, RC-6) go as pulses.
-    const bool toggles = t.protocol == Protocol::Rc5 || t.protocol == Protocol::Rc6Mode0;
-    const bool kernelEncodes = scancodes_ && t.hasScancode && !toggles && CKeyEncoder::FramesPerPress(t.protocol) == 1;
+    const bool kernelEncodes = scancodes_ && t.hasScancode && CKeyEncoder::KernelMayEncode(t.protocol, t.repeats);
     const auto start = std::chrono::steady_clock::now();
     if (kernelEncodes) {
         setMode(LIRC_MODE_SCANCODE);

@@ -19,7 +19,8 @@ std::chrono::microseconds CMode2Sink::Transmit(const Transmission& t) {
     ++count_;
     std::fprintf(f, "# transmission %u: codeset %s, %s, emitter %d, carrier %" PRIu32 " Hz, duty %" PRIu32 " %%",
                  count_, t.codeset.c_str(), t.what.c_str(), t.emitter, train.carrier, train.dutyCycle);
-    if (t.hasScancode) std::fprintf(f, ", %s scancode 0x%" PRIx32, ProtocolName(t.protocol), t.scancode);
+    // A scancode names the whole train only when it is one press without copies.
+    if (t.hasScancode && t.repeats == 0) std::fprintf(f, ", %s scancode 0x%" PRIx32, ProtocolName(t.protocol), t.scancode);
     std::fprintf(f, "\n");
     const std::uint32_t gap = train.trailingGap > 0 ? train.trailingGap : 100000;
     std::fprintf(f, "space %" PRIu32 "\n", gap);

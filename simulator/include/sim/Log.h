@@ -30,8 +30,14 @@ public:
     // Also print each line to stderr in a readable one-line form. Starts on when the
     // environment variable VYRSIM_LOG is set to a non-empty value other than "0".
     static void SetEcho(bool on);
-    // Called for every line after capture (e.g. for a tool's own display); empty to remove.
+    // Listeners are called for every line after capture (e.g. for a tool's own display), on the
+    // logging thread, outside the log's lock, in the order they were added (SetListener's first).
+    // A listener removed while a line is on its way may still be called with that line.
+    // The one listener SetListener sets: each call replaces it; empty to remove.
     static void SetListener(std::function<void(const LogLine&)> listener);
+    // Listeners beside it, each kept until removed by the id AddListener gave (> 0).
+    static uint64_t AddListener(std::function<void(const LogLine&)> listener);
+    static void RemoveListener(uint64_t id);
 };
 
 }  // namespace sim

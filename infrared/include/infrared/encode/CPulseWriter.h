@@ -18,7 +18,6 @@ public:
     // Pads the space after the last mark so the frame (from its first mark) lasts at least
     // `period`, and at least `minimumGap` of silence follows it.
     void EndFrame(std::uint32_t period, std::uint32_t minimumGap);
-    std::uint64_t Elapsed() const { return elapsed_; }  // since the current frame's first mark
     PulseTrain Finish();                                 // the closing space becomes the gap
 
 private:

@@ -17,9 +17,10 @@ struct Transmission {
     std::string what;             // "key 12 (power)", "ac on cool 24 auto"
     int emitter = 0;              // the pairing list's device index
     PulseTrain train;             // always filled, also when a scancode can be sent
-    bool hasScancode = false;     // the kernel may encode it instead
+    bool hasScancode = false;     // a key of a scancode protocol: `scancode` is set
     Protocol protocol = Protocol::Nec;
     std::uint32_t scancode = 0;
+    std::uint32_t repeats = 0;    // extra copies of the frame in `train`
 };
 
 // A transmitter that cannot be used or a transmission that failed; the message is for people.
