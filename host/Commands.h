@@ -14,4 +14,8 @@ int RunServe(CommandContext& context);    // JSON lines on stdin
 int RunWeb(CommandContext& context);      // the web remote, until Ctrl-C
 int RunService(CommandContext& context);  // the web remote and MQTT, until SIGTERM
 
+// After a serving command: unloads the plugin and says whether the library left the process
+// (status 0 if it did, 1 if it is still mapped).
+int UnloadAfterServing(CommandContext& context);
+
 }  // namespace ircontrol::host

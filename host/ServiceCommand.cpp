@@ -14,10 +14,7 @@ int RunService(CommandContext& c) {
         std::string error;
         if (!service.Run(error)) return c.Fail(error, 2);
     }
-    const bool unloaded = c.plugin.Unload();
-    c.out << "ircontrol-host: stopped; plugin destroyed, library " << (unloaded ? "unloaded" : "still mapped")
-          << std::endl;
-    return unloaded ? 0 : 1;
+    return UnloadAfterServing(c);
 #else
     return c.Fail("this ircontrol-host was built without libmosquitto or libsoup-3.0, so it has no service command", 1);
 #endif

@@ -112,8 +112,12 @@ std::string CDiscovery::HaMode(const AcState& state) {
     return "off";
 }
 
-std::string CDiscovery::device(const PairedDevice& paired) const {
-    JsonValue device(common::json::kObject);
+JsonValue CDiscovery::entity(const PairedDevice& paired, const std::string& object, const std::string& name) const {
+    JsonValue config(common::json::kObject);
+    config["name"] = name;
+    config["unique_id"] = node_ + "_" + object;
+    config["object_id"] = node_ + "_" + object;
+    JsonValue& device = config["device"];
     JsonValue ids(common::json::kArray);
     ids.append(JsonValue(node_ + "_" + paired.codeset));
     device["identifiers"] = ids;
@@ -121,32 +125,25 @@ std::string CDiscovery::device(const PairedDevice& paired) const {
     device["model"] = paired.codeset;
     device["manufacturer"] = "ircontrol (IR)";
     device["via_device"] = node_;
-    return device.toString();
-}
-
-MqttMessage CDiscovery::button(const PairedDevice& paired, const std::string& name, const std::string& press) const {
-    JsonValue config(common::json::kObject);
-    const std::string object = paired.codeset + "_" + name;
-    config["name"] = name;
-    config["unique_id"] = node_ + "_" + object;
-    config["object_id"] = node_ + "_" + object;
-    config["command_topic"] = Key(paired.codeset);
-    config["payload_press"] = press;
-    config["device"] = JsonValue::Create(device(paired));
     JsonValue availability(common::json::kObject);
     availability["topic"] = Availability();
     JsonValue list(common::json::kArray);
     list.append(availability);
     config["availability"] = list;
+    return config;
+}
+
+MqttMessage CDiscovery::button(const PairedDevice& paired, const std::string& name, const std::string& press) const {
+    const std::string object = paired.codeset + "_" + name;
+    JsonValue config = entity(paired, object, name);
+    config["command_topic"] = Key(paired.codeset);
+    config["payload_press"] = press;
     return {prefix_ + "/button/" + node_ + "/" + object + "/config", config.toString()};
 }
 
 MqttMessage CDiscovery::climate(const PairedDevice& paired, const ClimateModel& model) const {
-    JsonValue config(common::json::kObject);
     const std::string object = paired.codeset + "_climate";
-    config["name"] = "Air conditioner";
-    config["unique_id"] = node_ + "_" + object;
-    config["object_id"] = node_ + "_" + object;
+    JsonValue config = entity(paired, object, "Air conditioner");
     config["modes"] = Strings(model.modes);
     config["fan_modes"] = Strings(model.fanModes);
     config["min_temp"] = model.minTemp;
@@ -158,12 +155,6 @@ MqttMessage CDiscovery::climate(const PairedDevice& paired, const ClimateModel& 
         config[std::string(field) + "_command_topic"] = Climate(paired.codeset, field, "set");
         config[std::string(field) + "_state_topic"] = Climate(paired.codeset, field, "state");
     }
-    config["device"] = JsonValue::Create(device(paired));
-    JsonValue availability(common::json::kObject);
-    availability["topic"] = Availability();
-    JsonValue list(common::json::kArray);
-    list.append(availability);
-    config["availability"] = list;
     return {prefix_ + "/climate/" + node_ + "/" + object + "/config", config.toString()};
 }
 

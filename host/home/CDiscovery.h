@@ -13,6 +13,7 @@
 
 #include "CHomeConfig.h"
 #include "CPlatformSetup.h"
+#include "JsonValue.h"
 #include "Request.h"
 
 namespace ircontrol::host {
@@ -58,7 +59,8 @@ public:
     std::vector<MqttMessage> States(const std::string& codeset, const AcState& state) const;
 
 private:
-    std::string device(const PairedDevice& paired) const;  // the "device" member's JSON
+    // What every entity's config has: name, ids, the HA device of its appliance, availability.
+    common::json::JsonValue entity(const PairedDevice& paired, const std::string& object, const std::string& name) const;
     MqttMessage button(const PairedDevice& paired, const std::string& name, const std::string& press) const;
     MqttMessage climate(const PairedDevice& paired, const ClimateModel& model) const;
 
