@@ -46,10 +46,10 @@ struct Inbox {
         }
         arrived.notify_all();
     }
-    // Waits for the message after `seen`; false after 10 s.
-    bool Wait(uint64_t seen, Clock::time_point& when) {
+    // Waits for the message after `seen`; false after `limit`.
+    bool Wait(uint64_t seen, Clock::time_point& when, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
         std::unique_lock<std::mutex> lock(mutex);
-        const bool ok = arrived.wait_for(lock, std::chrono::seconds(10), [&] { return count > seen; });
+        const bool ok = arrived.wait_for(lock, limit, [&] { return count > seen; });
         when = last;
         return ok;
     }
@@ -89,14 +89,19 @@ public:
                           nullptr);
         Connect(echo_, "irbench-echo");
         std::this_thread::sleep_for(std::chrono::milliseconds(500));  // the subscriptions settle
-        // The first messages of a connection are slower (allocations, the plugin's first job).
-        for (int i = 0; i < 5; ++i) {
+        // Until both ways answer (the clients connect and subscribe in the background), then a
+        // few more: the first messages of a connection are slower.
+        int answered = 0;
+        for (int attempt = 0; attempt < 100 && answered < 5; ++attempt) {
             Clock::time_point back;
             const uint64_t pongs = pongs_.count, results = results_.count;
             home_.Publish("bench/ping", "warm", false);
             home_.Publish("ircontrol/HFAN0001/key", "power", false);
-            if (!pongs_.Wait(pongs, back) || !results_.Wait(results, back)) throw std::runtime_error("no answer");
+            const std::chrono::milliseconds wait(300);
+            const bool both = pongs_.Wait(pongs, back, wait) && results_.Wait(results, back, wait);
+            answered = both ? answered + 1 : 0;
         }
+        if (answered < 5) throw std::runtime_error("the broker does not answer");
     }
     ~Rig() {
         home_.Stop();
@@ -133,9 +138,17 @@ private:
     std::unique_ptr<CMqttDoor> door_;
 };
 
-Rig& TheRig() {
-    static Rig rig;
-    return rig;
+// The rig, made on first use; null (and the reason said) when it cannot be made.
+Rig* TheRig() {
+    static std::unique_ptr<Rig> rig = [] {
+        try {
+            return std::make_unique<Rig>();
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "ircontrol-home-bench: %s\n", e.what());
+            return std::unique_ptr<Rig>();
+        }
+    }();
+    return rig.get();
 }
 
 // The newest IR call the plugin made: when it reached the simulated blaster.
@@ -148,7 +161,9 @@ Clock::time_point LastIrCall() {
 }
 
 void BM_Home_BareRoundTrip(benchmark::State& state) {
-    Rig& rig = TheRig();
+    Rig* found = TheRig();
+    if (found == nullptr) return state.SkipWithError("no broker rig");
+    Rig& rig = *found;
     for (auto _ : state) {
         const uint64_t seen = rig.pongs_.count;
         const auto start = Clock::now();
@@ -161,7 +176,9 @@ void BM_Home_BareRoundTrip(benchmark::State& state) {
 BENCHMARK(BM_Home_BareRoundTrip)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 void BM_Home_CommandToResult(benchmark::State& state) {
-    Rig& rig = TheRig();
+    Rig* found = TheRig();
+    if (found == nullptr) return state.SkipWithError("no broker rig");
+    Rig& rig = *found;
     double toIr = 0, toResult = 0;
     for (auto _ : state) {
         const uint64_t seen = rig.results_.count;
