@@ -5,6 +5,9 @@
 #include "CPrinter.h"
 #include "CommandContext.h"
 #include "ServiceContract.h"
+#ifdef IRC_HOST_HOME
+#include "CHomeConfig.h"
+#endif
 
 namespace ircontrol::host {
 
@@ -37,6 +40,7 @@ int CApp::run() {
     if (options_.verbose) echo_ = std::make_unique<CLogEcho>(err_, errIsTerminal_, options_.logLevel);
     if (command->needs != CommandNeeds::Nothing) {
         std::string error;
+        if (!configure(error)) return fail(error, 2);
         bool badPath = false;
         // A path that names no readable file is a mistake on the command line; a file that is
         // not the expected JSON is an unusable input.
@@ -48,6 +52,19 @@ int CApp::run() {
     if (command->needs == CommandNeeds::Plugin && !start()) return 1;
     CommandContext context{options_, in_, out_, err_, errIsTerminal_, *printer_, session_, setup_, plugin_};
     return command->run(context);
+}
+
+// --config: the file fills in the options the command line left out; the service reads the rest
+// of it itself.
+bool CApp::configure(std::string& error) {
+    if (options_.configFile.empty()) return true;
+#ifdef IRC_HOST_HOME
+    HomeConfig config;
+    return CHomeConfig::Load(options_.configFile, config, error) && CHomeConfig::Merge(options_, config, error);
+#else
+    error = "this ircontrol-host was built without libmosquitto and libsoup-3.0, so it takes no --config";
+    return false;
+#endif
 }
 
 bool CApp::start() {

@@ -29,6 +29,7 @@ public:
 
 private:
     int run();
+    bool configure(std::string& error);
     bool start();
     int fail(const std::string& reason, int status);
 

@@ -78,6 +78,12 @@ const std::vector<GlobalOption>& CCommandLine::Globals() {
              o.plugin = v;
              return "";
          }},
+        {"config", "FILE", "the service's configuration file (docs/home.md); options given here override it",
+         [](Options& o, const std::string& v) -> std::string {
+             if (v.empty()) return "--config needs a file name, not an empty text";
+             o.configFile = v;
+             return "";
+         }},
         {"devices", "FILE", "pairing list JSON {\"dev_info\":[{\"codeset\",\"device_index\",\"type\"}]}",
          File(&PlatformOptions::devicesFile, "devices")},
         {"catalogue", "FILE", "key maps the IR library reports, JSON {\"<codeset>\": <key map>}",
@@ -205,6 +211,17 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
         {"export", "write a codeset for other tools: export --codesets FILE --codeset NAME --format lircd|flipper",
          {{"codeset", "NAME of the codeset to write"}, {"format", "lircd (a raw_codes remote) or flipper (.ir)"}},
          "The file goes to standard output.\n", CommandNeeds::Nothing, RunExport},
+        {"service", "the home service: the web remote and MQTT with Home Assistant discovery (SIGTERM stops)",
+         {{"listen", "ADDRESS:PORT of the web remote (default 127.0.0.1:8088)"},
+          {"broker", "mqtt://HOST[:PORT] or mqtts://HOST[:PORT] (default: none, the web remote only)"},
+          {"client-id", "MQTT client id, also the Home Assistant node id (default ircontrol)"},
+          {"base-topic", "the service's topics begin with it (default ircontrol)"},
+          {"state-dir", "where the pairing list and the air conditioners' last states are kept"}},
+         "Reads --config FILE (docs/home.md); every option given here overrides the file. Topics, under the\n"
+         "base topic: <codeset>/key (a key name or code), <codeset>/mode|temperature|fan_mode/set (air\n"
+         "conditioners), raw (a serve line), devices/set (the pairing list); answers on result, \"online\"/\n"
+         "\"offline\" on status. SIGHUP reloads the broker settings of the configuration file.\n",
+         CommandNeeds::Plugin, RunService},
     };
     return commands;
 }

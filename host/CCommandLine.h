@@ -18,7 +18,8 @@
 namespace ircontrol::host {
 
 struct Options {
-    std::string command;                       // demo, key, ac, set, devices, serve, web
+    std::string command;                       // demo, key, ac, set, devices, serve, web, service
+    std::string configFile;                    // --config: the service's configuration file
     std::string plugin;                        // empty: the library beside the executable
     PlatformOptions platform;                  // --devices, --catalogue, --codesets, --ir-device, ...
     std::string irReceiver;                    // where received IR comes from: /dev/lircN or a file

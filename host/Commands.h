@@ -16,5 +16,10 @@ int RunDecode(CommandContext& context);   // what received frames are
 int RunLearn(CommandContext& context);    // a key or an air conditioner into a codesets file
 int RunImport(CommandContext& context);   // remote files people have -> codesets
 int RunExport(CommandContext& context);   // a codeset -> lircd.conf or .ir
+int RunService(CommandContext& context);  // the web remote and MQTT, until SIGTERM
+
+// After a serving command: unloads the plugin and says whether the library left the process
+// (status 0 if it did, 1 if it is still mapped).
+int UnloadAfterServing(CommandContext& context);
 
 }  // namespace ircontrol::host

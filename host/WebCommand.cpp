@@ -29,13 +29,17 @@ int RunWeb(CommandContext& c) {
         c.out << "ircontrol-host: serving " << server.Url() << " (Ctrl-C stops)" << std::endl;
         server.Run();
     }
+    return UnloadAfterServing(c);
+#else
+    return c.Fail("this ircontrol-host was built without libsoup-3.0, so it has no web command", 1);
+#endif
+}
+
+int UnloadAfterServing(CommandContext& c) {
     const bool unloaded = c.plugin.Unload();
     c.out << "ircontrol-host: stopped; plugin destroyed, library " << (unloaded ? "unloaded" : "still mapped")
           << std::endl;
     return unloaded ? 0 : 1;
-#else
-    return c.Fail("this ircontrol-host was built without libsoup-3.0, so it has no web command", 1);
-#endif
 }
 
 }  // namespace ircontrol::host

@@ -12,7 +12,7 @@ set -euo pipefail
 
 SYSROOT=${IRC_ARM_SYSROOT:-${XDG_CACHE_HOME:-$HOME/.cache}/ircontrol/armhf-sysroot}
 # What the build asks pkg-config and CMake for; everything else is their dependency closure.
-ROOTS=(libjson-glib-dev libgtest-dev libgmock-dev libbenchmark-dev libsoup-3.0-dev)
+ROOTS=(libjson-glib-dev libgtest-dev libgmock-dev libbenchmark-dev libsoup-3.0-dev libmosquitto-dev)
 # Not unpacked, nor followed further: the cross toolchain's own C/C++ runtime, and the UI half of
 # sysprof (GTK 4, Mesa, LLVM), which libsoup's -dev package drags in for a header-only
 # dependency (sysprof-capture-4).

@@ -22,6 +22,10 @@ needed=(
   "chromium:file:/usr/bin/chromium"
   "chromium-driver:file:/usr/bin/chromedriver"
   "python3-selenium:file:/usr/lib/python3/dist-packages/selenium"
+  "libmosquitto-dev:pc:libmosquitto"
+  "mosquitto:file:/usr/sbin/mosquitto"
+  "python3-paho-mqtt:file:/usr/lib/python3/dist-packages/paho/mqtt"
+  "systemd:cmd:systemd-analyze"
 )
 # `install-deps.sh arm`: also the cross compiler and the emulator of the 32-bit ARM build.
 if [ "${1:-}" = arm ]; then

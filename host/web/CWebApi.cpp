@@ -46,12 +46,13 @@ bool MethodIn(const std::string& method, const std::string& allowed) {
 }  // namespace
 
 CWebApi::CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
-                 CWebLearn& learn)
+                 CWebLearn& learn, std::function<void()> pairingChanged)
     : runner_(runner),
       recorder_(recorder),
       session_(session),
       setup_(setup),
       learn_(learn),
+      pairingChanged_(std::move(pairingChanged)),
       followUp_(session, kLookAgain) {}
 
 std::string CWebApi::Allowed(const std::string& path) {
@@ -222,6 +223,7 @@ void CWebApi::putDevices(const std::string& body, Done done) {
     const bool posted = runner_.Post([this, body, done] {
         std::string error;
         if (!setup_.SetPairing(body, error)) return done(Error(400, error));
+        if (pairingChanged_) pairingChanged_();
         JsonValue list = devicesJson();
         JsonValue event;
         event["type"] = "devices";

@@ -25,8 +25,9 @@ class CWebApi {
 public:
     using Done = std::function<void(WebReply reply)>;
 
+    // `pairingChanged` (may be empty) runs on the worker after a PUT /api/devices replaced the list.
     CWebApi(CJobRunner& runner, CRequestRecorder& recorder, CSession& session, CPlatformSetup& setup,
-            CWebLearn& learn);
+            CWebLearn& learn, std::function<void()> pairingChanged = {});
 
     // `body` is already checked to be UTF-8 JSON text of bounded size and depth (or empty).
     void Handle(const std::string& method, const std::string& path, bool wait, const std::string& body, Done done);
@@ -55,6 +56,7 @@ private:
     CSession& session_;
     CPlatformSetup& setup_;
     CWebLearn& learn_;
+    std::function<void()> pairingChanged_;
     CLateFollowUp followUp_;    // worker thread only
     bool looking_ = false;      // a look is queued; worker thread only
 };

@@ -58,7 +58,7 @@ CWebServer::CWebServer(const WebOptions& options, CSession& session, CPlatformSe
       recorder_([this](const std::string& json) { hub_.Publish(json); }),
       runner_(options.maxQueued),
       learn_(options.learn, runner_, recorder_, setup),
-      api_(runner_, recorder_, session, setup, learn_) {
+      api_(runner_, recorder_, session, setup, learn_, options.pairingChanged) {
     // The server's sockets attach to the thread-default context when it listens.
     g_main_context_push_thread_default(context_.get());
 }
@@ -115,12 +115,27 @@ void CWebServer::Run() {
         g_source_attach(source, context_.get());
         sources.push_back(source);
     }
+    if (options_.reload) {
+        GSource* source = g_unix_signal_source_new(SIGHUP);
+        g_source_set_callback(source, onHangUp, this, nullptr);
+        g_source_attach(source, context_.get());
+        sources.push_back(source);
+    }
     g_main_loop_run(loop_.get());
     for (GSource* source : sources) {
         g_source_destroy(source);
         g_source_unref(source);
     }
     shutdown();
+}
+
+gboolean CWebServer::onHangUp(gpointer self) {
+    try {
+        static_cast<CWebServer*>(self)->options_.reload();
+    } catch (const std::exception&) {
+        // A reload that failed has said why; the server keeps serving.
+    }
+    return G_SOURCE_CONTINUE;
 }
 
 void CWebServer::Quit() { g_main_loop_quit(loop_.get()); }

@@ -31,6 +31,8 @@ struct WebOptions {
     std::size_t maxStreams = 16;
     std::size_t maxQueued = 512;
     WebLearnOptions learn;
+    std::function<void()> pairingChanged;  // worker thread, after PUT /api/devices changed the list
+    std::function<void()> reload;          // loop thread, on SIGHUP (not caught when empty)
 };
 
 class CWebServer {
@@ -43,6 +45,8 @@ public:
     // Binds the address; false with a one-line reason.
     bool Listen(std::string& error);
     std::string Url() const { return url_; }
+    // The one worker every request to the plugin runs on; other doors post theirs here too.
+    CJobRunner& Runner() { return runner_; }
     // Serves until SIGINT/SIGTERM (or Quit()), then closes the streams and stops the worker.
     void Run();
     void Quit();
@@ -58,6 +62,7 @@ private:
     void asset(SoupServerMessage* message, const std::string& method, const std::string& path);
     void reply(SoupServerMessage* message, const WebReply& reply);
     void complete(uint64_t token, const WebReply& reply);  // loop thread
+    static gboolean onHangUp(gpointer self);
     void shutdown();
 
     WebOptions options_;

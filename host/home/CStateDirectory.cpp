@@ -1,0 +1,141 @@
+#include "CStateDirectory.h"
+
+#include <glib.h>
+#include <json-glib/json-glib.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "CAtomicFile.h"
+#include "CApplianceTypes.h"
+#include "CPlatformSetup.h"
+#include "GlibHandles.h"
+#include "JsonValue.h"
+
+namespace ircontrol::host {
+namespace {
+
+using common::json::JsonValue;
+
+// json-glib's message already carries "<data>:LINE:COLUMN: ..."; only the file name is ours.
+bool CheckJson(const std::string& text, std::string& error) {
+    GObjectPtr<JsonParser> parser(json_parser_new());
+    GError* raw = nullptr;
+    if (json_parser_load_from_data(parser.get(), text.data(), static_cast<gssize>(text.size()), &raw)) return true;
+    const GErrorPtr failure(raw);
+    std::string message = failure->message;
+    const std::string prefix = "<data>:";
+    if (message.rfind(prefix, 0) == 0) message = "line " + message.substr(prefix.size());
+    error = message;
+    return false;
+}
+
+bool OneOf(const std::string& word, const std::vector<std::string>& words) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+bool ReadState(const std::string& path, std::string& text, std::string& error) {
+    bool missing = false;
+    if (CAtomicFile::Read(path, text, &missing)) return true;
+    if (missing) {
+        text.clear();
+        return true;
+    }
+    error = path + ": cannot read: " + std::strerror(errno);
+    return false;
+}
+
+}  // namespace
+
+bool CStateDirectory::Load(std::string& error) {
+    if (::g_mkdir_with_parents(directory_.c_str(), 0750) != 0) {
+        error = directory_ + ": cannot create the state directory: " + std::strerror(errno);
+        return false;
+    }
+    std::string text;
+    if (!ReadState(PairingPath(), text, error)) return false;
+    if (!text.empty()) {
+        std::vector<PairedDevice> devices;
+        std::string reason;
+        if (!CheckJson(text, reason) || !CPlatformSetup::ParsePairing(text, devices, reason)) {
+            error = PairingPath() + ": " + reason;
+            return false;
+        }
+        pairing_ = text;
+    }
+    if (!ReadState(AcPath(), text, error)) return false;
+    std::string reason;
+    if (!text.empty() && !ParseAc(text, acStates_, reason)) {
+        error = AcPath() + ": " + reason;
+        return false;
+    }
+    if (!ReadState(LearnedPath(), text, error)) return false;
+    if (!text.empty() && !CheckJson(text, reason)) {
+        error = LearnedPath() + ": " + reason;
+        return false;
+    }
+    return true;
+}
+
+bool CStateDirectory::SavePairing(const std::string& text, std::string& error) {
+    if (!CAtomicFile::Write(PairingPath(), text, error)) return false;
+    pairing_ = text;
+    return true;
+}
+
+bool CStateDirectory::SaveAcState(const std::string& codeset, const AcState& state, std::string& error) {
+    std::map<std::string, AcState> next = acStates_;
+    next[codeset] = state;
+    if (!CAtomicFile::Write(AcPath(), AcText(next), error)) return false;
+    acStates_ = std::move(next);
+    return true;
+}
+
+std::string CStateDirectory::AcText(const std::map<std::string, AcState>& states) {
+    JsonValue root(common::json::kObject);
+    for (const auto& [codeset, state] : states) {
+        JsonValue entry(common::json::kObject);
+        entry["power"] = state.power;
+        entry["mode"] = state.mode;
+        entry["setpoint"] = state.setpoint;
+        entry["fan"] = state.fan;
+        root[codeset] = entry;
+    }
+    return root.toString(true) + "\n";
+}
+
+bool CStateDirectory::ParseAc(const std::string& text, std::map<std::string, AcState>& out, std::string& error) {
+    if (!CheckJson(text, error)) return false;
+    const JsonValue root = JsonValue::Create(text);
+    if (root.type() != common::json::kObject) {
+        error = "line 1: needs an object of codeset names";
+        return false;
+    }
+    std::map<std::string, AcState> states;
+    for (const std::string& codeset : root.getMemberNames()) {
+        const JsonValue& entry = root[codeset];
+        const auto bad = [&](const std::string& what) {
+            error = "\"" + codeset + "\": " + what;
+            return false;
+        };
+        if (entry.type() != common::json::kObject) return bad("needs an object");
+        for (const char* field : {"power", "mode", "fan"}) {
+            if (!entry.isMember(field) || !entry[field].isString() ||
+                !OneOf(entry[field].asString(), CApplianceTypes::AcWords(field))) {
+                return bad(std::string("\"") + field + "\" is not one of the service's words");
+            }
+        }
+        if (!entry.isMember("setpoint") || !entry["setpoint"].isInt()) return bad("\"setpoint\" needs a whole number");
+        const int64_t setpoint = entry["setpoint"].asInt64();
+        if (setpoint < 0 || setpoint > 99) return bad("\"setpoint\" is out of range");
+        states[codeset] = AcState{entry["power"].asString(), entry["mode"].asString(), static_cast<int>(setpoint),
+                                  entry["fan"].asString()};
+    }
+    out = std::move(states);
+    return true;
+}
+
+}  // namespace ircontrol::host
