@@ -1,6 +1,6 @@
 #include "CHomeService.h"
 
-#include "CAtomicFile.h"
+#include "infrared/formats/CAtomicFile.h"
 #include "CMosquittoClient.h"
 #include "CRequestGuard.h"
 #include "CWebServer.h"
@@ -41,7 +41,7 @@ bool CHomeService::Settings(const HomeConfig& config, MqttSettings& out, std::st
     settings.willTopic = config.baseTopic + "/status";
     if (!config.passwordFile.empty()) {
         std::string text;
-        if (!CAtomicFile::Read(config.passwordFile, text)) {
+        if (!infrared::CAtomicFile::Read(config.passwordFile, text)) {
             error = config.passwordFile + ": cannot read the MQTT password file";
             return false;
         }

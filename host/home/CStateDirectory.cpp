@@ -9,7 +9,7 @@
 #include <cstring>
 #include <vector>
 
-#include "CAtomicFile.h"
+#include "infrared/formats/CAtomicFile.h"
 #include "CApplianceTypes.h"
 #include "CPlatformSetup.h"
 #include "GlibHandles.h"
@@ -39,7 +39,7 @@ bool OneOf(const std::string& word, const std::vector<std::string>& words) {
 
 bool ReadState(const std::string& path, std::string& text, std::string& error) {
     bool missing = false;
-    if (CAtomicFile::Read(path, text, &missing)) return true;
+    if (infrared::CAtomicFile::Read(path, text, &missing)) return true;
     if (missing) {
         text.clear();
         return true;
@@ -81,7 +81,7 @@ bool CStateDirectory::Load(std::string& error) {
 }
 
 bool CStateDirectory::SavePairing(const std::string& text, std::string& error) {
-    if (!CAtomicFile::Write(PairingPath(), text, error)) return false;
+    if (!infrared::CAtomicFile::Write(PairingPath(), text, error)) return false;
     pairing_ = text;
     return true;
 }
@@ -89,7 +89,7 @@ bool CStateDirectory::SavePairing(const std::string& text, std::string& error) {
 bool CStateDirectory::SaveAcState(const std::string& codeset, const AcState& state, std::string& error) {
     std::map<std::string, AcState> next = acStates_;
     next[codeset] = state;
-    if (!CAtomicFile::Write(AcPath(), AcText(next), error)) return false;
+    if (!infrared::CAtomicFile::Write(AcPath(), AcText(next), error)) return false;
     acStates_ = std::move(next);
     return true;
 }

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "CAtomicFile.h"
+#include "infrared/formats/CAtomicFile.h"
 
 namespace ircontrol::host {
 namespace {
@@ -25,7 +25,7 @@ protected:
     }
     void Put(const char* name, const std::string& text) {
         std::string error;
-        ASSERT_TRUE(CAtomicFile::Write(dir_ + "/" + name, text, error)) << error;
+        ASSERT_TRUE(infrared::CAtomicFile::Write(dir_ + "/" + name, text, error)) << error;
     }
     std::string root_;
     std::string dir_;

@@ -173,7 +173,8 @@ TEST(CCodesetsFileTest, CopiesAWholeCodesetUnderANewName) {
 }
 
 TEST(CCodesetsFileTest, AnUnwritableDirectoryIsAnErrorNotACrash) {
-    EXPECT_THROW(CCodesetsFile::WriteAtomically("/nonexistent-dir/x.json", "{}"), CCodesetsFileError);
+    EXPECT_THROW(CCodesetsFile::PutCodeset("/nonexistent-dir/x.json", R"({"protocol":"nec","keys":{}})", "X"),
+                 CCodesetsFileError);
 }
 
 const std::string kFan = R"({"name":"FAN","protocol":"nec","keys":{"power":{"code":10,"scancode":"0x0408"}}})";

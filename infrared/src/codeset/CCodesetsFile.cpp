@@ -1,16 +1,14 @@
 #include "infrared/codeset/CCodesetsFile.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
-#include <cstring>
 
 #include "JsonValue.h"
 #include "infrared/codeset/CCodesetLibrary.h"
+#include "infrared/formats/CAtomicFile.h"
 #include "infrared/formats/CFormatError.h"
 
 namespace infrared {
@@ -54,7 +52,8 @@ void Store(const std::string& path, const JsonValue& document) {
     } catch (const std::exception& error) {
         throw CCodesetsFileError("not written, " + path + " would not be a valid codesets file: " + error.what());
     }
-    CCodesetsFile::WriteAtomically(path, text);
+    std::string error;
+    if (!CAtomicFile::Write(path, text, error)) throw CCodesetsFileError("not written: " + error);
 }
 
 // A codeset given as JSON text; its members are checked with the whole file before it is written.
@@ -144,27 +143,5 @@ std::string CCodesetsFile::CodesetJson(const std::string& fileText, const std::s
     return at == codesets.size() ? std::string() : codesets[at].toString(true);
 }
 
-void CCodesetsFile::WriteAtomically(const std::string& path, const std::string& text) {
-    std::string temporary = path + ".XXXXXX";
-    const int fd = ::mkstemp(temporary.data());
-    if (fd < 0) throw CCodesetsFileError("cannot write beside " + path + ": " + std::strerror(errno));
-    struct stat old {};
-    if (::stat(path.c_str(), &old) == 0) ::fchmod(fd, old.st_mode & 07777);
-    else ::fchmod(fd, 0644);
-    std::size_t done = 0;
-    int error = 0;
-    while (done < text.size() && error == 0) {
-        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno != EINTR) error = errno;
-        if (n > 0) done += static_cast<std::size_t>(n);
-    }
-    if (error == 0 && ::fsync(fd) != 0) error = errno;
-    if (::close(fd) != 0 && error == 0) error = errno;
-    if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
-    if (error != 0) {
-        ::unlink(temporary.c_str());
-        throw CCodesetsFileError("cannot write " + path + ": " + std::strerror(error));
-    }
-}
 
 }  // namespace infrared

@@ -43,8 +43,6 @@ public:
     static std::vector<std::string> PutCodesets(const std::string& path, const std::vector<std::string>& codesets);
     // The codeset `name` of a codesets file's text as a JSON object text ("" if absent).
     static std::string CodesetJson(const std::string& fileText, const std::string& name);
-    // Replaces `path` by `text` atomically, keeping the old file's permissions.
-    static void WriteAtomically(const std::string& path, const std::string& text);
 };
 
 }  // namespace infrared

@@ -1,12 +1,13 @@
 // Replaces a file so that a crash or a power cut at any moment leaves either the old content or
 // the new one, never a mixture: a temporary file beside it, written, fsync'ed, renamed over it,
-// then the directory fsync'ed so the rename itself is on disk. Any thread; throws nothing.
+// then the directory fsync'ed so the rename itself is on disk. A replaced file keeps its
+// permissions (a new one gets 0644). Any thread; throws nothing.
 #pragma once
 
 #include <functional>
 #include <string>
 
-namespace ircontrol::host {
+namespace infrared {
 
 class CAtomicFile {
 public:
@@ -21,4 +22,4 @@ public:
     static bool Read(const std::string& path, std::string& content, bool* missing = nullptr);
 };
 
-}  // namespace ircontrol::host
+}  // namespace infrared

@@ -3,7 +3,7 @@
 #ifndef _FILE_OFFSET_BITS
 #define _FILE_OFFSET_BITS 64
 #endif
-#include "CAtomicFile.h"
+#include "infrared/formats/CAtomicFile.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace ircontrol::host {
+namespace infrared {
 namespace {
 
 class AtomicFile : public ::testing::Test {
@@ -126,4 +126,4 @@ TEST_F(AtomicFile, ReadTellsAMissingFileFromOthers) {
 }
 
 }  // namespace
-}  // namespace ircontrol::host
+}  // namespace infrared

@@ -1,13 +1,14 @@
-#include "CAtomicFile.h"
+#include "infrared/formats/CAtomicFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <vector>
 
-namespace ircontrol::host {
+namespace infrared {
 namespace {
 
 // Owns one file descriptor from open() to close().
@@ -68,6 +69,9 @@ bool CAtomicFile::Write(const std::string& path, const std::string& content, std
         return false;
     }
     const std::string tempPath(temp.data());
+    // mkostemp makes the file 0600: a file people edit keeps its mode, a new one is readable.
+    struct stat old {};
+    ::fchmod(fd.Get(), ::stat(path.c_str(), &old) == 0 ? (old.st_mode & 07777) : 0644);
     step(Step::Created);
     const auto failed = [&](const char* what) {
         error = Reason(path, what);
@@ -110,4 +114,4 @@ bool CAtomicFile::Read(const std::string& path, std::string& content, bool* miss
     return true;
 }
 
-}  // namespace ircontrol::host
+}  // namespace infrared
