@@ -98,7 +98,11 @@ WebReply CWebLearn::Start(const JsonValue& body) {
     }
     if (running_) return ErrorReply(409, "a learn is already running; cancel it first (DELETE /api/learn)");
     if (thread_.joinable()) thread_.join();  // the last learn's thread, already done
-    learner_ = std::make_unique<CKeyLearner>([this, learn](const LearnStep& step) { publish(learn, step); });
+    learner_ = std::make_unique<CKeyLearner>([this, learn](const LearnStep& step) {
+        // A page that sees the last step may start the next learn at once: it must not get 409.
+        if (step.kind == LearnStep::Kind::Saved || step.kind == LearnStep::Kind::Failed) running_ = false;
+        publish(learn, step);
+    });
     running_ = true;
     try {
         thread_ = std::thread([this, learn] { run(learn); });
