@@ -1,5 +1,10 @@
 // Learned keys and codesets written into a codesets file: created when missing, the rest kept,
 // refusals leaving the file byte for byte as it was.
+// readdir of a 32-bit build under qemu-user fails on a 64-bit host's directory cookies unless
+// it is the large-file readdir.
+#ifndef _FILE_OFFSET_BITS
+#define _FILE_OFFSET_BITS 64
+#endif
 #include "infrared/codeset/CCodesetsFile.h"
 
 #include <dirent.h>

@@ -1,3 +1,8 @@
+// readdir of a 32-bit build under qemu-user fails on a 64-bit host's directory cookies unless
+// it is the large-file readdir.
+#ifndef _FILE_OFFSET_BITS
+#define _FILE_OFFSET_BITS 64
+#endif
 #include "FileTree.h"
 
 #include <dirent.h>
