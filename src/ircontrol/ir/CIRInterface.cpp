@@ -38,6 +38,12 @@ CIRInterface& CIRInterface::GetInstance() {
     return instance;
 }
 
+namespace {
+// Built while the library loads, so it outlives the queue: statics die in the reverse order of
+// their making, and the queue's worker, joined by the queue at unload, may still be sending.
+[[maybe_unused]] CIRInterface& gIrInterfaceBuiltAtLoad = CIRInterface::GetInstance();
+}  // namespace
+
 CIRInterface::CIRInterface() = default;
 CIRInterface::~CIRInterface() = default;
 
