@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <mutex>
 #include <thread>
 
 #include "BrokerProcess.h"
@@ -70,9 +71,10 @@ protected:
 
     int port_ = 0;
     std::unique_ptr<irctest::CBrokerProcess> broker_;
-    CMosquittoClient client_;
     MqttSettings settings_;
+    // Declared before the client: its network thread calls into these until the client is gone.
     Events events_;
+    CMosquittoClient client_;
 };
 
 TEST_F(MosquittoClient, ABrokerThatIsDownAtStartIsReachedWhenItComes) {
