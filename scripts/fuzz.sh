@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang, ASan and UBSan, and runs each from its seed corpus.
-#   scripts/fuzz.sh ci     30 s per target (what .ci/run does; seven targets)
+#   scripts/fuzz.sh ci     20 s per target (what .ci/run does; seven targets)
 #   scripts/fuzz.sh long   10 min per target (make fuzz)
 # New inputs go to fuzz-corpus/ (ignored by git); a crash leaves its input in build-fuzz/ and
 # fails the run: keep it as a regression input in fuzz/corpus/<target>/ once fixed.
@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 mode=${1:-ci}
 case $mode in
-  ci) seconds=30 ;;
+  ci) seconds=20 ;;
   long) seconds=600 ;;
   *) echo "usage: $0 ci|long" >&2; exit 2 ;;
 esac
