@@ -20,5 +20,8 @@ void ResetWithPairing(const std::string& pairing);
 std::vector<sim::IrCall> Transmissions();
 // The journal's key-map queries, oldest first.
 std::vector<sim::IrCall> KeyMapQueries();
+// The whole journal as text, one "; "-separated entry per call, so a test compares all of it at
+// once: "H 12 @3", "Z 76 @3 online", "AC on cool 24 low @7", "map H HFAN", "map Z ZAC online".
+std::string JournalText();
 
 }  // namespace irctest
