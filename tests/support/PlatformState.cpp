@@ -5,19 +5,6 @@
 namespace irctest {
 namespace {
 
-bool IsKeyMapQuery(const sim::IrCall& call) {
-    return call.function == sim::IrCall::Function::KeyMapH ||
-           call.function == sim::IrCall::Function::KeyMapZ;
-}
-
-std::vector<sim::IrCall> Journal(bool keyMapQueries) {
-    std::vector<sim::IrCall> out;
-    for (auto& call : sim::IrBlaster::Journal()) {
-        if (IsKeyMapQuery(call) == keyMapQueries) out.push_back(std::move(call));
-    }
-    return out;
-}
-
 std::string Describe(const sim::IrCall& call) {
     using Function = sim::IrCall::Function;
     const std::string online = call.online ? " online" : "";
@@ -39,10 +26,6 @@ void ResetWithPairing(const std::string& pairing) {
     sim::ResetAll();
     sim::Settings::SetString(kPairingKey, pairing);
 }
-
-std::vector<sim::IrCall> Transmissions() { return Journal(false); }
-
-std::vector<sim::IrCall> KeyMapQueries() { return Journal(true); }
 
 std::string JournalText() {
     std::string text;
