@@ -19,7 +19,9 @@ const Conversion AsInt = [](const JsonValue& v) { return std::to_string(v.asInt(
 const Conversion AsBool = [](const JsonValue& v) { return std::string(v.asBool() ? "true" : "false"); };
 
 // A value from its JSON text ("" for a fresh null), as an element so scalars parse too.
-JsonValue Parse(const std::string& text) { return text.empty() ? JsonValue() : JsonValue::Create("[" + text + "]")[0u]; }
+JsonValue Parse(const std::string& text) {
+    return text.empty() ? JsonValue() : JsonValue::Create("[" + text + "]")[0u];
+}
 
 // The result's text, or the exact message of the JsonException thrown.
 std::string Outcome(const std::function<std::string()>& call) {

@@ -13,6 +13,7 @@
 #include <thread>
 #include <utility>
 
+#include "PlatformState.h"
 #include "sim/Simulator.h"
 
 namespace {
@@ -131,9 +132,8 @@ namespace {
 class SimulatorTransmitterTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sim::ResetAll();
-        sim::Settings::SetString("db/tavrell/irplugin/devices",
-                                 R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})");
+        irctest::ResetWithPairing(
+            R"({"dev_info":[{"codeset":"HFAN0001","device_index":1},{"codeset":"ZAC00005","device_index":5}]})");
     }
     void TearDown() override { sim::ResetAll(); }
     // One file per test: ctest runs the tests of this fixture in parallel processes.
