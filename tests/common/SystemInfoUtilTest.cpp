@@ -8,52 +8,34 @@
 
 namespace {
 
-class SystemInfoUtilTest : public ::testing::Test {
-protected:
-    void SetUp() override { sim::ResetAll(); }
-};
-
-TEST_F(SystemInfoUtilTest, YearIsReadOrMinusOneWithAnErrorLine) {
-    sim::SystemInfo::SetYear(22);
-    EXPECT_EQ(SystemInfoUtil::GetTVYear(), 22);
-    EXPECT_FALSE(sim::Log::Contains("FMS tv_year failed to read"));
-    sim::SystemInfo::SetYear(std::nullopt);
-    EXPECT_EQ(SystemInfoUtil::GetTVYear(), -1);
-    auto lines = sim::Log::Lines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0].tag, "VYRF_COMMON");
-    EXPECT_EQ(lines[0].priority, 6);
-    EXPECT_NE(lines[0].text.find("SystemInfoUtil.cpp : GetTVYear("), std::string::npos);
-    EXPECT_NE(lines[0].text.find(")  FMS tv_year failed to read"), std::string::npos);
-}
-
-TEST_F(SystemInfoUtilTest, SupportNeedsYear22AndTheFeatureFlagInThatOrder) {
-    struct Case {
-        std::optional<int> year;
-        std::optional<bool> mbr;
-        bool supported;
-        const char* line;
-    };
+// The service needs year 22 and then the feature flag; below 22 the flag is never read. An
+// unreadable year is -1 with one error line.
+TEST(SystemInfoUtilTest, SupportNeedsYear22AndTheFeatureFlagInThatOrder) {
+    struct Case { std::optional<int> year; std::optional<bool> mbr; bool supported; const char* line; };
     const Case cases[] = {
         {std::nullopt, true, false, "ircontrol service is Not Supported Under 22 year TV"},
-        {21, true, false, "ircontrol service is Not Supported Under 22 year TV"},
+        {21, std::nullopt, false, "ircontrol service is Not Supported Under 22 year TV"},
         {22, true, true, "ircontrol service, is_supported: 1"},
         {22, false, false, "ircontrol service, is_supported: 0"},
         {23, std::nullopt, false, "Error to get system info for MBR SUPPORT"},
     };
     for (const auto& c : cases) {
-        sim::Log::Clear();
+        SCOPED_TRACE(c.line);
+        sim::ResetAll();
         sim::SystemInfo::SetYear(c.year);
         sim::SystemInfo::SetMbrSupport(c.mbr);
-        EXPECT_EQ(SystemInfoUtil::IsSupportIrService(), c.supported) << c.line;
-        EXPECT_TRUE(sim::Log::Contains(c.line, "VYRF_COMMON")) << c.line;
+        EXPECT_EQ(SystemInfoUtil::IsSupportIrService(), c.supported);
+        EXPECT_TRUE(sim::Log::Contains(c.line, "VYRF_COMMON"));
+        EXPECT_EQ(sim::Log::Contains("MBR SUPPORT"), c.year.value_or(0) >= 22 && !c.mbr);
+        sim::Log::Clear();
+        EXPECT_EQ(SystemInfoUtil::GetTVYear(), c.year.value_or(-1));
+        const auto lines = sim::Log::Lines();
+        ASSERT_EQ(lines.size(), c.year ? 0u : 1u);
+        if (c.year) continue;
+        EXPECT_EQ(lines[0].tag + std::to_string(lines[0].priority), "VYRF_COMMON6");
+        EXPECT_NE(lines[0].text.find("SystemInfoUtil.cpp : GetTVYear("), std::string::npos);
+        EXPECT_NE(lines[0].text.find(")  FMS tv_year failed to read"), std::string::npos);
     }
-    // Below year 22 the feature key is never consulted: an unreadable one changes nothing.
-    sim::Log::Clear();
-    sim::SystemInfo::SetYear(21);
-    sim::SystemInfo::SetMbrSupport(std::nullopt);
-    EXPECT_FALSE(SystemInfoUtil::IsSupportIrService());
-    EXPECT_FALSE(sim::Log::Contains("MBR SUPPORT"));
 }
 
 }  // namespace

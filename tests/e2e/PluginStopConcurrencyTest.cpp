@@ -43,9 +43,7 @@ struct Signals {
     std::atomic<int> phase{0};
 };
 
-bool Has(const sim::LogLine& line, const char* text) {
-    return line.text.find(text) != std::string::npos;
-}
+bool Has(const sim::LogLine& line, const char* text) { return line.text.find(text) != std::string::npos; }
 
 class PluginStopConcurrencyTest : public PluginTest {
 protected:
@@ -66,7 +64,7 @@ TEST_F(PluginStopConcurrencyTest, StopDoesNotWaitForAnAnswerTheHostIsStillTaking
         s->second.Wait();
         s->third.Open();
     });
-    const uint64_t tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
+    const uint64_t tx = SendFanKey();
     ASSERT_TRUE(s->first.Wait());
     auto stop = std::async(std::launch::async, [&] { plugin_->Destroy(); });
     const bool stoppedAlone = stop.wait_for(3s) == std::future_status::ready;
@@ -98,7 +96,7 @@ TEST_F(PluginStopConcurrencyTest, JobOfTheFirstStartStaysSilentDuringAFailedRest
         }
     });
     s->phase = 1;
-    const uint64_t tx = SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10));
+    const uint64_t tx = SendFanKey();
     ASSERT_TRUE(s->first.Wait());
     plugin_->Destroy();
     const auto badBefore = sim::Host::CallsWithBadService();
@@ -119,7 +117,7 @@ TEST_F(PluginStopConcurrencyTest, UnloadRightAfterTheStopLetsTheRunningJobFinish
     // No "dev_info": each lookup of it gives the JSON layer's shared null value.
     sim::Settings::SetString(kPairingKey, R"({"paired":[]})");
     plugin_->Create();
-    ASSERT_EQ(AnswerOf(SendKey(KeyPayload("oic.d.fan", "HFAN0001", 10)))->first, "key_error");
+    ASSERT_EQ(AnswerOf(SendFanKey())->first, "key_error");
 
     auto s = std::make_shared<Signals>();  // first: job held; second: unload is joining
     sim::Log::SetListener([s](const sim::LogLine& line) {
@@ -133,7 +131,7 @@ TEST_F(PluginStopConcurrencyTest, UnloadRightAfterTheStopLetsTheRunningJobFinish
     s->phase = 1;
     // json-glib reports a released node on stderr; valgrind reports the read itself.
     ::testing::internal::CaptureStderr();
-    SendKey(KeyPayload("oic.d.fan", "HFAN0001", 11));
+    SendFanKey(11);
     ASSERT_TRUE(s->first.Wait());
     plugin_->Destroy();
     auto unload = std::async(std::launch::async, [&] { return plugin_->Unload(); });

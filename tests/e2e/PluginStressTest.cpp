@@ -6,6 +6,7 @@
 #include <random>
 #include <set>
 #include <thread>
+#include <tuple>
 
 #include "E2eFixture.h"
 
@@ -16,17 +17,16 @@ using sim::HostProperty;
 
 class PluginStressTest : public PluginTest {};
 
-std::vector<HostProperty> RandomRequest(std::mt19937& rng, bool& answered) {
-    switch (rng() % 7) {
-        case 0: answered = true; return {HostProperty::Json("setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", 10))};
-        case 1: answered = true; return {HostProperty::Json("setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", 39))};
-        case 2: answered = true; return {HostProperty::Json("setDeviceEvent", "{}")};
-        case 3: answered = true; return {HostProperty::Json("setKeyEvent", "{\"broken")};
-        case 4: answered = false; return {HostProperty::Json("setKeyEvent", R"({"x.com.korvan.codesetKey":1})")};
-        case 5: answered = false; return {HostProperty::Json("unknownProperty", "{}")};
-        default: answered = false; return {HostProperty::Json("", "{}")};  // unnamed: dropped
-    }
-}
+// A property name and text, and whether the plugin answers it (the last three it never does).
+const std::tuple<std::string, std::string, bool> kRequests[] = {
+    {"setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", 10), true},
+    {"setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", 39), true},
+    {"setDeviceEvent", "{}", true},
+    {"setKeyEvent", "{\"broken", true},
+    {"setKeyEvent", R"({"x.com.korvan.codesetKey":1})", false},
+    {"unknownProperty", "{}", false},
+    {"", "{}", false},  // unnamed: dropped
+};
 
 TEST_F(PluginStressTest, ConcurrentRequestsAcrossCreateAndDestroyAreAnsweredAtMostOnce) {
     sim::Log::SetCapture(false);
@@ -42,10 +42,9 @@ TEST_F(PluginStressTest, ConcurrentRequestsAcrossCreateAndDestroyAreAnsweredAtMo
             threads.emplace_back([&, t] {
                 std::mt19937 rng(static_cast<unsigned>(cycle * 100 + t));
                 while (!stop) {
-                    bool answered = false;
-                    auto request = RandomRequest(rng, answered);
+                    const auto& [name, text, answered] = kRequests[rng() % std::size(kRequests)];
                     try {
-                        const uint64_t tx = sim::Host::SendSet(kService, request);
+                        const uint64_t tx = sim::Host::SendSet(kService, {HostProperty::Json(name, text)});
                         std::lock_guard<std::mutex> lock(mutex);
                         sent.emplace_back(tx, answered);
                     } catch (const std::runtime_error&) {

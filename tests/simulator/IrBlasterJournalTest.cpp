@@ -28,19 +28,19 @@ void SendKeys(int first, int last) {
     for (int key = first; key <= last; ++key) ASSERT_TRUE(irkt_irbl_send_command_hdevice(key, 1, false));
 }
 
+// True if exactly `count` transmissions were made (kept in the journal or not).
+bool Transmitted(std::size_t count) {
+    return sim::IrBlaster::WaitForTransmissions(count, milliseconds(1)) &&
+           !sim::IrBlaster::WaitForTransmissions(count + 1, milliseconds(1));
+}
+
 TEST_F(IrBlasterJournalTest, KeepsTheNewestCallsAndCountsEveryTransmission) {
-    struct Case {
-        const char* name;
-        std::size_t limit;
-        int sent;                     // keys 1..sent
-        std::vector<int> keptKeys;
-    };
+    struct Case { const char* name; std::size_t limit; int sent; std::vector<int> keptKeys; };  // keys 1..sent
     const std::vector<Case> cases = {
         {"under the bound", 5, 3, {1, 2, 3}},
         {"exactly the bound", 5, 5, {1, 2, 3, 4, 5}},
         {"one past the bound", 5, 6, {2, 3, 4, 5, 6}},
         {"many past the bound", 3, 50, {48, 49, 50}},
-        {"bound of one", 1, 4, {4}},
         {"bound of zero keeps nothing", 0, 4, {}},
     };
     for (const auto& c : cases) {
@@ -51,12 +51,8 @@ TEST_F(IrBlasterJournalTest, KeepsTheNewestCallsAndCountsEveryTransmission) {
         const auto journal = sim::IrBlaster::Journal();
         EXPECT_EQ(Keys(journal), c.keptKeys);
         EXPECT_EQ(Keys(sim::IrBlaster::JournalFor(0)), c.keptKeys) << "calls outside a request";
-        for (std::size_t i = 1; i < journal.size(); ++i) {
-            EXPECT_EQ(journal[i].sequence, journal[i - 1].sequence + 1) << "kept calls are the newest, in order";
-        }
-        // Counts transmissions made, not entries kept.
-        EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(static_cast<std::size_t>(c.sent), milliseconds(1)));
-        EXPECT_FALSE(sim::IrBlaster::WaitForTransmissions(static_cast<std::size_t>(c.sent) + 1, milliseconds(1)));
+        for (std::size_t i = 1; i < journal.size(); ++i) EXPECT_EQ(journal[i].sequence, journal[i - 1].sequence + 1);
+        EXPECT_TRUE(Transmitted(static_cast<std::size_t>(c.sent)));
     }
 }
 
@@ -69,41 +65,31 @@ TEST_F(IrBlasterJournalTest, KeyMapQueriesTakeRoomButAreNotCountedAsTransmission
     ASSERT_EQ(journal.size(), 2u);
     EXPECT_EQ(journal[0].function, sim::IrCall::Function::KeyMapH);
     EXPECT_EQ(journal[1].function, sim::IrCall::Function::KeyMapZ);
-    EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(2, milliseconds(1)));
-    EXPECT_FALSE(sim::IrBlaster::WaitForTransmissions(3, milliseconds(1)));
+    EXPECT_TRUE(Transmitted(2));
 }
 
-TEST_F(IrBlasterJournalTest, LoweringTheBoundDropsTheOldestAtOnce) {
+// Lowering the bound drops the oldest at once, raising it brings nothing back; a reset restores
+// the default bound, and sequence numbers go on across clears and resets.
+TEST_F(IrBlasterJournalTest, BoundChangesTrimAtOnceAndSequenceNumbersGoOn) {
     SendKeys(1, 10);
     sim::IrBlaster::SetJournalLimit(4);
     EXPECT_EQ(Keys(sim::IrBlaster::Journal()), (std::vector<int>{7, 8, 9, 10}));
-    sim::IrBlaster::SetJournalLimit(6);  // raising it brings nothing back
+    sim::IrBlaster::SetJournalLimit(6);
     SendKeys(11, 12);
     EXPECT_EQ(Keys(sim::IrBlaster::Journal()), (std::vector<int>{7, 8, 9, 10, 11, 12}));
-}
-
-TEST_F(IrBlasterJournalTest, SequenceNumbersGoOnAcrossClearAndReset) {
-    SendKeys(1, 2);
     const uint64_t before = sim::IrBlaster::Journal().back().sequence;
     sim::IrBlaster::ClearJournal();
-    SendKeys(3, 3);
+    SendKeys(13, 13);
     const uint64_t afterClear = sim::IrBlaster::Journal().back().sequence;
     EXPECT_GT(afterClear, before);
     sim::ResetAll();
-    SendKeys(4, 4);
-    EXPECT_GT(sim::IrBlaster::Journal().back().sequence, afterClear);
-}
-
-TEST_F(IrBlasterJournalTest, ResetRestoresTheDefaultBoundWhichTrimsAtItsStatedSize) {
-    sim::IrBlaster::SetJournalLimit(2);
-    sim::ResetAll();
     const int limit = static_cast<int>(sim::IrBlaster::kDefaultJournalLimit);
-    for (int key = 1; key <= limit + 2; ++key) irkt_irbl_send_command_hdevice(key, 1, false);
+    SendKeys(1, limit + 2);
     const auto journal = sim::IrBlaster::Journal();
     ASSERT_EQ(journal.size(), sim::IrBlaster::kDefaultJournalLimit);
     EXPECT_EQ(journal.front().key, 3);
-    EXPECT_EQ(journal.back().key, limit + 2);
-    EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(sim::IrBlaster::kDefaultJournalLimit + 2, milliseconds(1)));
+    EXPECT_GT(journal.front().sequence, afterClear);
+    EXPECT_TRUE(Transmitted(sim::IrBlaster::kDefaultJournalLimit + 2));
 }
 
 }  // namespace

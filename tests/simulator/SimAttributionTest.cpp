@@ -36,10 +36,7 @@ public:
     bool answer = true;  // false: the worker leaves requests unanswered
 
 private:
-    struct Job {
-        void* transaction;
-        void* list;
-    };
+    struct Job { void* transaction; void* list; };
     static void OnSet(void*, void* transaction, void* list, void* user) {
         auto* self = static_cast<QueueService*>(user);
         dlog_print(DLOG_INFO, "T", "callback");
@@ -84,12 +81,8 @@ std::vector<std::string> Texts(const std::vector<sim::LogLine>& lines) {
     return out;
 }
 
-class SimAttributionTest : public ::testing::Test {
-protected:
-    void SetUp() override { sim::ResetAll(); }
-};
-
-TEST_F(SimAttributionTest, EachTransmissionAndLogLineCarriesTheRequestItsWorkerThreadServed) {
+TEST(SimAttributionTest, EachTransmissionAndLogLineCarriesTheRequestItsWorkerThreadServed) {
+    sim::ResetAll();
     uint64_t first = 0, second = 0;
     {
         QueueService service;
@@ -120,7 +113,8 @@ TEST_F(SimAttributionTest, EachTransmissionAndLogLineCarriesTheRequestItsWorkerT
     EXPECT_EQ(sim::Host::ServingTransaction(), 0u) << "the sending thread serves nothing after the callback";
 }
 
-TEST_F(SimAttributionTest, AnUnansweredRequestIsServedUntilTheNextOneIsRead) {
+TEST(SimAttributionTest, AnUnansweredRequestIsServedUntilTheNextOneIsRead) {
+    sim::ResetAll();
     QueueService service;
     service.answer = false;
     const uint64_t first = sim::Host::SendSet("svc", {sim::HostProperty::Int("key", 1)});

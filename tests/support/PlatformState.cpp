@@ -5,17 +5,19 @@
 namespace irctest {
 namespace {
 
-bool IsKeyMapQuery(const sim::IrCall& call) {
-    return call.function == sim::IrCall::Function::KeyMapH ||
-           call.function == sim::IrCall::Function::KeyMapZ;
-}
-
-std::vector<sim::IrCall> Journal(bool keyMapQueries) {
-    std::vector<sim::IrCall> out;
-    for (auto& call : sim::IrBlaster::Journal()) {
-        if (IsKeyMapQuery(call) == keyMapQueries) out.push_back(std::move(call));
+std::string Describe(const sim::IrCall& call) {
+    using Function = sim::IrCall::Function;
+    const std::string online = call.online ? " online" : "";
+    const std::string at = " @" + std::to_string(call.deviceIndex);
+    switch (call.function) {
+        case Function::SendH: return "H " + std::to_string(call.key) + at + online;
+        case Function::SendZ: return "Z " + std::to_string(call.key) + at + online;
+        case Function::Aircon:
+            return "AC " + call.power + " " + call.mode + " " + call.coolingSetpoint + " " + call.fanSpeed + at;
+        case Function::KeyMapH: return "map H " + call.codeset + online;
+        case Function::KeyMapZ: return "map Z " + call.codeset + online;
     }
-    return out;
+    return "?";
 }
 
 }  // namespace
@@ -25,8 +27,10 @@ void ResetWithPairing(const std::string& pairing) {
     sim::Settings::SetString(kPairingKey, pairing);
 }
 
-std::vector<sim::IrCall> Transmissions() { return Journal(false); }
-
-std::vector<sim::IrCall> KeyMapQueries() { return Journal(true); }
+std::string JournalText() {
+    std::string text;
+    for (const auto& call : sim::IrBlaster::Journal()) text += (text.empty() ? "" : "; ") + Describe(call);
+    return text;
+}
 
 }  // namespace irctest

@@ -1,9 +1,8 @@
 // Test helpers over the fake platform: a clean start with a pairing list in the settings store,
-// and the IR blaster's journal split into transmissions and key-map queries. Any thread.
+// and the IR blaster's journal as one text. Any thread.
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "ServiceContract.h"
 #include "sim/IrBlaster.h"
@@ -16,9 +15,8 @@ inline constexpr const char* kPairingKey = ircontrol::contract::kDevicesKey;
 // sim::ResetAll, then `pairing` (a JSON text) stored as the pairing list.
 void ResetWithPairing(const std::string& pairing);
 
-// The journal's key sends and air-conditioner states, oldest first.
-std::vector<sim::IrCall> Transmissions();
-// The journal's key-map queries, oldest first.
-std::vector<sim::IrCall> KeyMapQueries();
+// The whole journal as text, one "; "-separated entry per call, so a test compares all of it at
+// once: "H 12 @3", "Z 76 @3 online", "AC on cool 24 low @7", "map H HFAN", "map Z ZAC online".
+std::string JournalText();
 
 }  // namespace irctest
