@@ -1,0 +1,103 @@
+// Helpers of the host tool's tests: the tool run in-process on a command line, the built plugin
+// loaded on the simulated platform, and the files and JSON lines the tests read and write.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "CApp.h"
+#include "CPlatformSetup.h"
+#include "CPluginLibrary.h"
+#include "CRequestParser.h"
+#include "IrsimReceive.h"
+#include "JsonValue.h"
+#include "infrared/encode/CKeyEncoder.h"
+#include "infrared/transmit/CMode2Sink.h"
+#include "sim/Simulator.h"
+
+namespace ircontrol::host {
+
+using common::json::JsonValue;
+
+// The built plugin on the simulated platform with the tool's defaults (no on-air time), one
+// lifecycle per test.
+class LoadedPluginTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        sim::ResetAll();
+        setup_.Apply();
+        std::string error;
+        ASSERT_TRUE(plugin_.Load(IRC_PLUGIN_PATH, error)) << error;
+        plugin_.Create();
+    }
+    void TearDown() override { plugin_.Destroy(); }
+    // A request as the command line gives it.
+    Request Parse(const std::string& command, const NamedValues& values) {
+        Request request;
+        std::string error;
+        EXPECT_TRUE(CRequestParser(setup_, CRequestParser::Style::CommandLine).Parse(command, values, request, error))
+            << error;
+        return request;
+    }
+
+    CPlatformSetup setup_;
+    CPluginLibrary plugin_;
+};
+
+struct ToolRun {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+// The tool on a command line with the built plugin (a later --plugin wins). A command line the
+// parser refuses comes back as status 2 with the bare reason.
+inline ToolRun RunApp(std::vector<std::string> args, const std::string& input = "") {
+    args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
+    const Options options = CCommandLine::Parse(args);
+    if (!options.error.empty()) return {2, "", options.error};
+    std::istringstream in(input);
+    std::ostringstream out, err;
+    const int status = CApp(options, in, out, err).Run();
+    return {status, out.str(), err.str()};
+}
+
+inline std::string ReadText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// One value per line; a line that is not JSON gives null.
+inline std::vector<JsonValue> JsonLines(const std::string& out) {
+    std::istringstream lines(out);
+    std::vector<JsonValue> values;
+    for (std::string line; std::getline(lines, line);) values.push_back(JsonValue::Create(line));
+    return values;
+}
+
+inline std::vector<std::uint32_t> KeyFrame(infrared::Protocol protocol, std::uint64_t scancode) {
+    return infrared::CKeyEncoder::Encode(protocol, scancode, false, 0, 38000, 33).durations;
+}
+
+// A dry-run file of one transmission per press, as a receiver would have recorded them.
+inline std::string PressesFile(const std::vector<std::vector<std::uint32_t>>& presses) {
+    const std::string path = irtest::TempDir() + "/presses.txt";
+    infrared::CMode2Sink sink(path);
+    for (const auto& durations : presses) {
+        infrared::Transmission press;
+        press.codeset = "T";
+        press.what = "press";
+        press.emitter = 1;
+        press.train.durations = durations;
+        sink.Transmit(press);
+    }
+    return path;
+}
+
+}  // namespace ircontrol::host
