@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -55,15 +56,23 @@ struct ToolRun {
 };
 
 // The tool on a command line with the built plugin (a later --plugin wins). A command line the
-// parser refuses comes back as status 2 with the bare reason.
+// parser refuses comes back as the tool reports it: status 2 and the reason.
 inline ToolRun RunApp(std::vector<std::string> args, const std::string& input = "") {
     args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
     const Options options = CCommandLine::Parse(args);
-    if (!options.error.empty()) return {2, "", options.error};
+    if (!options.error.empty()) return {2, "", "ircontrol-host: " + options.error + "\n"};
     std::istringstream in(input);
     std::ostringstream out, err;
     const int status = CApp(options, in, out, err).Run();
     return {status, out.str(), err.str()};
+}
+
+// A refusal as the tool reports it: the status, and one line on stderr that says why.
+inline void ExpectRefusal(const ToolRun& run, int status, const std::string& says) {
+    EXPECT_EQ(run.status, status);
+    EXPECT_EQ(run.err.rfind("ircontrol-host: ", 0), 0u) << run.err;
+    EXPECT_NE(run.err.find(says), std::string::npos) << run.err;
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
 }
 
 inline std::string ReadText(const std::string& path) {
