@@ -1,5 +1,6 @@
-// Helpers of the host tool's tests: the tool run in-process on a command line, the built plugin
-// loaded on the simulated platform, and the files and JSON lines the tests read and write.
+// Helpers of the host tool's tests: the tool run in-process on a command line, the loaded plugin
+// (LoadedPluginTest.h, which the home service's tests share), and the files and JSON lines the
+// tests read and write.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,11 +12,9 @@
 #include <vector>
 
 #include "CApp.h"
-#include "CPlatformSetup.h"
-#include "CPluginLibrary.h"
-#include "CRequestParser.h"
 #include "IrsimReceive.h"
 #include "JsonValue.h"
+#include "LoadedPluginTest.h"
 #include "infrared/encode/CKeyEncoder.h"
 #include "infrared/transmit/CMode2Sink.h"
 #include "sim/Simulator.h"
@@ -23,31 +22,6 @@
 namespace ircontrol::host {
 
 using common::json::JsonValue;
-
-// The built plugin on the simulated platform with the tool's defaults (no on-air time), one
-// lifecycle per test.
-class LoadedPluginTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        sim::ResetAll();
-        setup_.Apply();
-        std::string error;
-        ASSERT_TRUE(plugin_.Load(IRC_PLUGIN_PATH, error)) << error;
-        plugin_.Create();
-    }
-    void TearDown() override { plugin_.Destroy(); }
-    // A request as the command line gives it.
-    Request Parse(const std::string& command, const NamedValues& values) {
-        Request request;
-        std::string error;
-        EXPECT_TRUE(CRequestParser(setup_, CRequestParser::Style::CommandLine).Parse(command, values, request, error))
-            << error;
-        return request;
-    }
-
-    CPlatformSetup setup_;
-    CPluginLibrary plugin_;
-};
 
 struct ToolRun {
     int status;
