@@ -1,72 +1,45 @@
 #include "CLateFollowUp.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <vector>
 
-#include "CRequestParser.h"
-#include "LoadedPluginTest.h"
+#include "HostTestSupport.h"
 
 namespace ircontrol::host {
 namespace {
 
 using namespace std::chrono_literals;
-
-class CLateFollowUpTest : public LoadedPluginTest {
-protected:
-    RequestResult Send(CSession& session, const std::string& key) {
-        Request request;
-        std::string error;
-        EXPECT_TRUE(CRequestParser(setup_, CRequestParser::Style::CommandLine)
-                        .Parse("key", {{"type", "fan"}, {"key", key}}, request, error))
-            << error;
-        return session.Send(request);
-    }
-    struct Shown {
-        uint64_t tag;
-        std::size_t transmissions;
-        std::size_t firstNew;
-        bool answered;
-    };
-};
+using CLateFollowUpTest = LoadedPluginTest;
 
 TEST_F(CLateFollowUpTest, ShowsWhatCameLateUnderItsTagAndDropsTheAnswered) {
     // On air longer than the wait: both requests time out, their answers come later.
     sim::IrBlaster::SetTransmitDelay(300ms);
     CSession session(50);
     CLateFollowUp followUp(session);
-    const RequestResult first = Send(session, "10");
-    const RequestResult second = Send(session, "11");
-    ASSERT_EQ(first.outcome, Outcome::NoAnswer);
-    ASSERT_EQ(second.outcome, Outcome::NoAnswer);
+    const RequestResult first = session.Send(Parse("key", {{"type", "fan"}, {"key", "10"}}));
+    const RequestResult second = session.Send(Parse("key", {{"type", "fan"}, {"key", "11"}}));
+    ASSERT_EQ(std::make_pair(first.outcome, second.outcome), std::make_pair(Outcome::NoAnswer, Outcome::NoAnswer));
     followUp.Follow(first, 1);
     followUp.Follow(second, 2);
-    std::vector<Shown> shown;
+    std::vector<std::string> shown;  // tag, transmissions, the first not shown before, answered
     followUp.Look(10s, [&](uint64_t tag, const RequestResult& result, std::size_t firstNew) {
-        shown.push_back({tag, result.transmissions.size(), firstNew, result.answer.has_value()});
+        shown.push_back(std::to_string(tag) + " " + std::to_string(result.transmissions.size()) + " " +
+                        std::to_string(firstNew) + (result.answer ? " answered" : ""));
     });
-    ASSERT_EQ(shown.size(), 2u);
-    EXPECT_EQ(shown[0].tag, 1u);
-    EXPECT_EQ(shown[1].tag, 2u);
-    for (const auto& s : shown) {
-        EXPECT_TRUE(s.answered);
-        EXPECT_EQ(s.transmissions, 1u);
-    }
-    EXPECT_EQ(shown[0].firstNew, first.transmissions.size()) << "what was shown before is not new";
+    // What was shown with the result before is not new.
+    EXPECT_EQ(shown, (std::vector<std::string>{"1 1 " + std::to_string(first.transmissions.size()) + " answered",
+                                               "2 1 " + std::to_string(second.transmissions.size()) + " answered"}));
     EXPECT_TRUE(followUp.Empty()) << "answered requests are no longer followed";
 }
 
 TEST_F(CLateFollowUpTest, FollowsOnlyUnansweredRequestsAndGivesUpAfterItsLooks) {
     CSession session(2000);
     CLateFollowUp followUp(session, 2);
-    followUp.Follow(Send(session, "10"));  // answered ok in time
+    followUp.Follow(session.Send(Parse("key", {{"type", "fan"}, {"key", "10"}})));  // answered ok in time
     EXPECT_TRUE(followUp.Empty());
     RequestResult neverSent;
     neverSent.outcome = Outcome::NoAnswer;  // no transaction: nothing can come of it
     followUp.Follow(neverSent);
     EXPECT_TRUE(followUp.Empty());
-
     // A transaction nobody answers: two looks, then it is given up.
     RequestResult silent;
     silent.outcome = Outcome::NoAnswer;

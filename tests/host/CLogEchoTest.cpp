@@ -1,11 +1,8 @@
 #include "CLogEcho.h"
 
 #include <dlog.h>
-#include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "sim/Simulator.h"
+#include "HostTestSupport.h"
 
 namespace ircontrol::host {
 namespace {

@@ -1,32 +1,27 @@
 #include "CPluginLibrary.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <fstream>
-
+#include "HostTestSupport.h"
 #include "PluginLoader.h"
-#include "sim/Simulator.h"
 
 namespace ircontrol::host {
 namespace {
 
 TEST(CPluginLibraryTest, RefusesWhatIsNotAPluginWithAReason) {
-    CPluginLibrary library;
-    std::string error;
-    EXPECT_FALSE(library.Load("/no/such/plugin.so", error));
-    EXPECT_EQ(error, "plugin library not found: /no/such/plugin.so");
-
-    const std::string text = std::string(IRC_BINARY_DIR) + "/test_host_not_a_library.so";
+    const std::string text = irtest::TempDir() + "/not_a_library.so";
     std::ofstream(text) << "not an ELF file\n";
-    EXPECT_FALSE(library.Load(text, error));
-    EXPECT_EQ(error.rfind("cannot load plugin library: ", 0), 0u) << error;
-    std::remove(text.c_str());
-
-    // A real shared library without the two entry points.
-    EXPECT_FALSE(library.Load(IRC_SIM_PATH, error));
-    EXPECT_EQ(error, std::string(IRC_SIM_PATH) + " is not a plugin (no CreatePlugin/DestroyPlugin)");
-    EXPECT_FALSE(library.Loaded());
+    const std::pair<std::string, std::string> cases[] = {
+        {"/no/such/plugin.so", "plugin library not found: /no/such/plugin.so"},
+        {text, "cannot load plugin library: "},
+        // A real shared library without the two entry points.
+        {IRC_SIM_PATH, std::string(IRC_SIM_PATH) + " is not a plugin (no CreatePlugin/DestroyPlugin)"},
+    };
+    for (const auto& [path, reason] : cases) {
+        CPluginLibrary library;
+        std::string error;
+        EXPECT_FALSE(library.Load(path, error));
+        EXPECT_EQ(error.substr(0, reason.size()), reason);
+        EXPECT_FALSE(library.Loaded());
+    }
 }
 
 TEST(CPluginLibraryTest, RunsOneLifecycleAndUnloadsWhenDestroyed) {

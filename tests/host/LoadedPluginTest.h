@@ -1,4 +1,4 @@
-// Base fixture of the host tool's tests that need the plugin running: the built plugin on the
+// Base fixture of the tools' tests that need the plugin running: the built plugin on the
 // simulated platform with the tool's defaults (no on-air time), one lifecycle per test.
 #pragma once
 
@@ -8,6 +8,7 @@
 
 #include "CPlatformSetup.h"
 #include "CPluginLibrary.h"
+#include "CRequestParser.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol::host {
@@ -22,6 +23,14 @@ protected:
         plugin_.Create();
     }
     void TearDown() override { plugin_.Destroy(); }
+    // A request as the command line gives it.
+    Request Parse(const std::string& command, const NamedValues& values) {
+        Request request;
+        std::string error;
+        EXPECT_TRUE(CRequestParser(setup_, CRequestParser::Style::CommandLine).Parse(command, values, request, error))
+            << error;
+        return request;
+    }
 
     CPlatformSetup setup_;
     CPluginLibrary plugin_;

@@ -1,11 +1,6 @@
 // The host-tool examples of the README and of the hardware guide (its dry run) do what they say:
 // each one runs and every request in it is answered ok.
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
-
-#include "CApp.h"
+#include "HostTestSupport.h"
 
 namespace ircontrol::host {
 namespace {
@@ -50,14 +45,8 @@ TEST(ReadmeExamplesTest, EveryHostToolExampleIsAnsweredOk) {
                 ASSERT_EQ(echo.size(), 2u) << line;
                 input = echo[1] + "\n";
             }
-            std::vector<std::string> args = Words(line.substr(at + tool.size()));
-            args.insert(args.begin(), {"--plugin", IRC_PLUGIN_PATH});
-            Options options = CCommandLine::Parse(args);
-            ASSERT_EQ(options.error, "") << line;
-            std::istringstream stdinText(input);
-            std::ostringstream out, err;
-            EXPECT_EQ(CApp(options, stdinText, out, err).Run(), 0)
-                << line << "\n" << out.str() << err.str();
+            const ToolRun run = RunApp(Words(line.substr(at + tool.size())), input);
+            EXPECT_EQ(run.status, 0) << line << "\n" << run.out << run.err;
             ++examples;
         }
     }

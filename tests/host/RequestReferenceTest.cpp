@@ -1,14 +1,7 @@
 // Runs every example of docs/requests.md through the plugin and checks that it answers and
 // transmits what the reference says.
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
-
-#include "CPlatformSetup.h"
-#include "CPluginLibrary.h"
 #include "CPrinter.h"
-#include "CSession.h"
+#include "HostTestSupport.h"
 
 namespace ircontrol::host {
 namespace {
@@ -49,16 +42,11 @@ std::vector<std::string> Observed(const RequestResult& result) {
     return lines;
 }
 
-TEST(RequestReferenceTest, EveryExampleGetsTheAnswerAndTransmissionsItShows) {
+using RequestReferenceTest = LoadedPluginTest;  // the tool's defaults, which the reference describes
+
+TEST_F(RequestReferenceTest, EveryExampleGetsTheAnswerAndTransmissionsItShows) {
     const std::vector<Example> examples = Examples(std::string(IRC_SOURCE_DIR) + "/docs/requests.md");
     ASSERT_GE(examples.size(), 15u) << "the reference lost its examples";
-    sim::ResetAll();
-    const CPlatformSetup setup;  // the tool's defaults, which the reference describes
-    setup.Apply();
-    CPluginLibrary plugin;
-    std::string error;
-    ASSERT_TRUE(plugin.Load(IRC_PLUGIN_PATH, error)) << error;
-    plugin.Create();
     CSession session(500);
     for (const auto& example : examples) {
         Request request;
@@ -67,7 +55,6 @@ TEST(RequestReferenceTest, EveryExampleGetsTheAnswerAndTransmissionsItShows) {
         request.text = example.value;
         EXPECT_EQ(Observed(session.Send(request)), example.expected) << "docs/requests.md:" << example.line;
     }
-    plugin.Destroy();
 }
 
 }  // namespace

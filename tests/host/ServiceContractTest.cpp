@@ -2,17 +2,11 @@
 // own constants, the AC words with what the loaded plugin accepts.
 #include "ServiceContract.h"
 
-#include <gtest/gtest.h>
-
 #include <cctype>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #include "../../src/ircontrol/common/Constants.h"
-#include "CRequestParser.h"
-#include "CSession.h"
-#include "LoadedPluginTest.h"
+#include "HostTestSupport.h"
 
 namespace ircontrol::host {
 namespace {
@@ -46,7 +40,6 @@ class ServiceContractAcTest : public LoadedPluginTest {};
 
 TEST_F(ServiceContractAcTest, ThePluginTakesEveryAcWordAndRefusesTheLowerCaseOnes) {
     CSession session(2000);
-    const CRequestParser parser(setup_, CRequestParser::Style::CommandLine);
     const std::pair<const char*, std::vector<const char*>> fields[] = {
         {"power", {std::begin(contract::kAcPowerWords), std::end(contract::kAcPowerWords)}},
         {"mode", {std::begin(contract::kAcModeWords), std::end(contract::kAcModeWords)}},
@@ -59,11 +52,8 @@ TEST_F(ServiceContractAcTest, ThePluginTakesEveryAcWordAndRefusesTheLowerCaseOne
                 if (!upper) {
                     for (char& ch : sent) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
                 }
-                Request request;
-                std::string error;
-                ASSERT_TRUE(parser.Parse("ac", {{field, sent}}, request, error)) << error;
-                const RequestResult result = session.Send(request);
-                EXPECT_EQ(result.outcome, upper ? Outcome::Ok : Outcome::Refused) << field << " " << sent;
+                EXPECT_EQ(session.Send(Parse("ac", {{field, sent}})).outcome, upper ? Outcome::Ok : Outcome::Refused)
+                    << field << " " << sent;
             }
         }
     }

@@ -1,3 +1,6 @@
+// The guard's rules, case by case. test_api.py sends the everyday ones over HTTP (another host,
+// port or origin, a body too large, of another type, not UTF-8 or nested too deep) and sees
+// the status; here are the edges it does not reach.
 #include "CRequestGuard.h"
 
 #include <gtest/gtest.h>
@@ -18,12 +21,8 @@ TEST(CRequestGuardTest, AcceptsOnlyTheServedAddressAsHostAndOrigin) {
         bool allowed;
     };
     const Case cases[] = {
-        {loopback, "127.0.0.1:8088", true},
-        {loopback, "localhost:8088", true},
         {loopback, "LOCALHOST:8088", true},
-        {loopback, "127.0.0.1:8089", false},
         {loopback, "127.0.0.1", false},  // the port is part of the served address
-        {loopback, "evil.example:8088", false},
         {loopback, "127.0.0.1:8088.evil.example", false},
         {loopback, "", false},
         {loopback, nullptr, false},
@@ -43,25 +42,20 @@ TEST(CRequestGuardTest, AcceptsOnlyTheServedAddressAsHostAndOrigin) {
             EXPECT_EQ(c.guard.OriginAllowed(("http://" + std::string(c.host)).c_str()), c.allowed) << c.host;
         }
     }
-    EXPECT_TRUE(loopback.OriginAllowed(nullptr)) << "no Origin: not a cross-site browser request";
-    EXPECT_FALSE(loopback.OriginAllowed("https://127.0.0.1:8088"));
     EXPECT_FALSE(loopback.OriginAllowed("null"));
     EXPECT_FALSE(loopback.OriginAllowed("http://127.0.0.1:8088/path"));
 }
 
 TEST(CRequestGuardTest, RecognisesJsonContentTypes) {
     const std::pair<const char*, bool> cases[] = {
-        {"application/json", true},
         {"application/json; charset=utf-8", true},
         {"Application/JSON", true},
         {" application/json ;charset=UTF-8", true},
         {"application/json-patch+json", false},
-        {"text/plain", false},
         {"application/x-www-form-urlencoded", false},
         {"", false},
-        {nullptr, false},
     };
-    for (const auto& [type, json] : cases) EXPECT_EQ(CRequestGuard::IsJsonType(type), json) << (type ? type : "(none)");
+    for (const auto& [type, json] : cases) EXPECT_EQ(CRequestGuard::IsJsonType(type), json) << type;
 }
 
 TEST(CRequestGuardTest, MeasuresNestingOutsideStrings) {
@@ -70,9 +64,9 @@ TEST(CRequestGuardTest, MeasuresNestingOutsideStrings) {
         {"1", 0},
         {"[]", 1},
         {R"({"a":[{"b":[]}]})", 4},
-        {R"(["[[[[", "{{{"])", 1},           // brackets inside strings do not count
-        {R"(["\"[[[", "\\", [[]]])", 3},       // nor do escaped quotes end a string early
-        {"]]]][[", 2},                          // stray closers do not go below zero
+        {R"(["[[[[", "{{{"])", 1},      // brackets inside strings do not count
+        {R"(["\"[[[", "\\", [[]]])", 3},  // nor do escaped quotes end a string early
+        {"]]]][[", 2},                     // stray closers do not go below zero
         {std::string(100, '[') + std::string(100, ']'), 100},
     };
     for (const auto& [text, depth] : cases) EXPECT_EQ(CRequestGuard::NestingDepth(text, 1000), depth) << text;
@@ -91,22 +85,19 @@ TEST(CRequestGuardTest, ParsesListenAddresses) {
         {"127.0.0.1:8088", true, "127.0.0.1", 8088},
         {"[::1]:0", true, "::1", 0},
         {"0.0.0.0:65535", true, "0.0.0.0", 65535},
-        {"127.0.0.1:65536", false, "", 0},
-        {"127.0.0.1:", false, "", 0},
-        {"127.0.0.1", false, "", 0},
-        {"localhost:8088", false, "", 0},  // a name could mean several addresses
-        {"127.0.0.1:-1", false, "", 0},
-        {"127.0.0.1:80a", false, "", 0},
-        {":8088", false, "", 0},
+        {"127.0.0.1:65536", false, "", 12345},
+        {"127.0.0.1:", false, "", 12345},
+        {"127.0.0.1", false, "", 12345},
+        {"localhost:8088", false, "", 12345},  // a name could mean several addresses
+        {"127.0.0.1:-1", false, "", 12345},
+        {"127.0.0.1:80a", false, "", 12345},
+        {":8088", false, "", 12345},
     };
     for (const auto& c : cases) {
         std::string address;
         unsigned port = 12345;
         EXPECT_EQ(CRequestGuard::ParseListen(c.text, address, port), c.ok) << c.text;
-        if (c.ok) {
-            EXPECT_EQ(address, c.address);
-            EXPECT_EQ(port, c.port);
-        }
+        EXPECT_EQ(std::make_pair(address, port), std::make_pair(std::string(c.address), c.port)) << c.text;
     }
     EXPECT_TRUE(CRequestGuard::IsLoopback("127.0.0.2"));
     EXPECT_TRUE(CRequestGuard::IsLoopback("::1"));
@@ -114,8 +105,9 @@ TEST(CRequestGuardTest, ParsesListenAddresses) {
 }
 
 TEST(CRequestGuardTest, BodyChecksRefuseWithTheFirstProblemInOrder) {
-    const std::string deep = std::string(CRequestGuard::kMaxNesting + 1, '[') + std::string(CRequestGuard::kMaxNesting + 1, ']');
-    const std::string limit = std::string(CRequestGuard::kMaxNesting, '[') + std::string(CRequestGuard::kMaxNesting, ']');
+    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+    const std::string deep = nested(CRequestGuard::kMaxNesting + 1);
+    const std::string limit = nested(CRequestGuard::kMaxNesting);
     struct Case {
         const char* contentType;
         std::string body;
@@ -124,15 +116,12 @@ TEST(CRequestGuardTest, BodyChecksRefuseWithTheFirstProblemInOrder) {
         std::string says;
     };
     const Case cases[] = {
-        {"application/json", R"({"a":1})", false, 0, ""},
         {"application/json; charset=utf-8", "", false, 0, ""},  // an empty body is the API's to judge
         {"application/json", limit, false, 0, ""},
         {"application/json", "{}", true, 413, "the body is larger than 1 MiB"},
-        {"application/json", std::string(CRequestGuard::kMaxBody + 1, ' '), false, 413, "larger than 1 MiB"},
         // Size first: an oversize body of the wrong type is too large, not of the wrong type.
         {"text/plain", "{}", true, 413, "larger than 1 MiB"},
         {"text/plain", "{}", false, 415, "the body must be application/json"},
-        {nullptr, "{}", false, 415, "application/json"},
         {"application/json", "{\"a\":\"\xff\"}", false, 400, "the body is not valid UTF-8"},
         {"application/json", deep, false, 400, "the body nests deeper than 64 levels"},
     };

@@ -16,6 +16,8 @@ std::string Source(const std::string& name) {
     return text.str();
 }
 
+std::string Text(const WebAsset* asset) { return std::string(reinterpret_cast<const char*>(asset->data), asset->size); }
+
 TEST(CWebAssetsTest, ServesEachFileAsWrittenWithItsType) {
     const std::pair<const char*, const char*> files[] = {
         {"index.html", "text/html; charset=utf-8"},
@@ -27,7 +29,7 @@ TEST(CWebAssetsTest, ServesEachFileAsWrittenWithItsType) {
         const WebAsset* asset = CWebAssets::Find(std::string("/") + name);
         ASSERT_NE(asset, nullptr) << name;
         EXPECT_STREQ(asset->contentType, type);
-        EXPECT_EQ(std::string(reinterpret_cast<const char*>(asset->data), asset->size), Source(name)) << name;
+        EXPECT_EQ(Text(asset), Source(name)) << name;
     }
     EXPECT_EQ(CWebAssets::Find("/"), CWebAssets::Find("/index.html"));
     for (const char* missing : {"", "/nothing.js", "/../CMakeLists.txt", "index.html", "/INDEX.HTML"}) {
@@ -36,9 +38,8 @@ TEST(CWebAssetsTest, ServesEachFileAsWrittenWithItsType) {
 }
 
 TEST(CWebAssetsTest, EveryFileThePageLoadsIsEmbedded) {
-    const WebAsset* page = CWebAssets::Find("/");
-    ASSERT_NE(page, nullptr);
-    const std::string html(reinterpret_cast<const char*>(page->data), page->size);
+    ASSERT_NE(CWebAssets::Find("/"), nullptr);
+    const std::string html = Text(CWebAssets::Find("/"));
     // Every local src="/..." and href="/..." (std::regex trips GCC 12's uninitialised-use
     // warning under the sanitizers, so the attributes are found by hand).
     int links = 0;
