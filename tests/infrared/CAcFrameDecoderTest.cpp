@@ -127,56 +127,5 @@ TEST(CAcFrameDecoderTest, RefusesOtherFamiliesAndDamagedFrames) {
     }
 }
 
-// Real captures (published with the bytes and, through the state records, the state they
-// mean) of every shipped family decode to those bytes and words.
-TEST(CAcFrameDecoderTest, PublishedCapturesDecodeToTheirBytesAndState) {
-    const auto captures = irtest::SharedIr("vectors/captures.json");
-    const auto states = irtest::SharedIr("vectors/states.json");
-    if (captures.isNull() || states.isNull()) GTEST_SKIP() << "../shared/ir/vectors/ is not beside the repository";
-    int decoded = 0, otherModel = 0, withWords = 0;
-    const auto& list = captures["captures"];
-    for (unsigned i = 0; i < list.size(); ++i) {
-        const auto& capture = list[i];
-        const Codeset* codeset = irtest::ShippedFamily(capture["protocol"].asString());
-        if (codeset == nullptr) continue;
-        const Bytes expected = irtest::RecordBytes(capture["expected"], codeset->frame.bytes.size());
-        if (expected.empty()) continue;
-        SCOPED_TRACE(codeset->family + " " + capture["source"].asString());
-        if (!irtest::SameModel(codeset->frame, expected)) {
-            ++otherModel;
-            continue;
-        }
-        std::vector<std::uint32_t> durations;
-        for (unsigned k = 0; k < capture["durations"].size(); ++k) durations.push_back(static_cast<std::uint32_t>(capture["durations"][k].asInt()));
-        const auto got = CAcFrameDecoder::Decode(*codeset, durations);
-        ASSERT_TRUE(got.has_value());
-        EXPECT_EQ(got->bytes, expected);
-        ++decoded;
-        const auto& pairs = states["pairs"];
-        for (unsigned s = 0; s < pairs.size(); ++s) {
-            if (irtest::ShippedFamily(pairs[s]["protocol"].asString()) != codeset) continue;
-            if (irtest::RecordBytes(pairs[s], expected.size()) != expected) continue;
-            const irtest::StatedWords words = irtest::Words(pairs[s]["fields"]);
-            if (!words.state.power.empty()) {
-            EXPECT_EQ(got->state.power, words.state.power);
-        }
-            if (!words.state.mode.empty()) {
-            EXPECT_EQ(got->state.mode, words.state.mode);
-        }
-            if (!words.state.fan.empty()) {
-            EXPECT_EQ(got->state.fan, words.state.fan);
-        }
-            if (!words.state.setpoint.empty()) {
-            EXPECT_EQ(got->state.setpoint, words.state.setpoint);
-        }
-            ++withWords;
-            break;
-        }
-    }
-    std::cout << decoded << " captures decoded (" << withWords << " with published state words), " << otherModel
-              << " of other models of a family\n";
-    EXPECT_GT(decoded, 15);
-}
-
 }  // namespace
 }  // namespace infrared

@@ -132,19 +132,4 @@ TEST(CFlipperIrFile, RefusesEnormousCountsOfSignalsWithoutReadingOn) {
     }
 }
 
-TEST(CFlipperIrFile, ReadsEveryFileOfTheSharedSample) {
-    const std::string dir = IRC_SOURCE_DIR "/../shared/ir/irdb";
-    const auto files = irtest::FilesUnder(dir, ".ir");
-    if (files.empty()) GTEST_SKIP() << "the shared IR sample is not at " << dir;
-    std::size_t signals = 0;
-    for (const auto& path : files) {
-        try {
-            signals += CFlipperIrFile::Parse(infrared::ReadFormatFile(path, 1 << 20), path).size();
-        } catch (const CFormatError& e) {
-            ADD_FAILURE() << e.what();
-        }
-    }
-    EXPECT_GT(signals, files.size());
-}
-
 }  // namespace
