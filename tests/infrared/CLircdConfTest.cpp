@@ -53,20 +53,13 @@ TEST(CLircdConf, WrittenFileReadsBackTheSameRemotes) {
     const auto again = CLircdConf::Parse(CLircdConf::Write(remotes), "again.conf");
     ASSERT_EQ(again.size(), remotes.size());
     for (std::size_t i = 0; i < remotes.size(); ++i) {
-        EXPECT_EQ(again[i].name, remotes[i].name);
-        EXPECT_EQ(again[i].encoding, remotes[i].encoding);
-        EXPECT_EQ(again[i].constLength, remotes[i].constLength);
-        EXPECT_EQ(again[i].reverse, remotes[i].reverse);
-        EXPECT_EQ(again[i].preData, remotes[i].preData);
-        EXPECT_EQ(again[i].gap, remotes[i].gap);
-        EXPECT_EQ(again[i].minRepeat, remotes[i].minRepeat);
-        EXPECT_EQ(again[i].repeat.pulse, remotes[i].repeat.pulse);
-        ASSERT_EQ(again[i].buttons.size(), remotes[i].buttons.size());
-        for (std::size_t b = 0; b < remotes[i].buttons.size(); ++b) {
-            EXPECT_EQ(again[i].buttons[b].name, remotes[i].buttons[b].name);
-            EXPECT_EQ(again[i].buttons[b].codes, remotes[i].buttons[b].codes);
-            EXPECT_EQ(again[i].buttons[b].durations, remotes[i].buttons[b].durations);
-        }
+        const auto members = [](const LircRemote& r) {
+            std::vector<std::tuple<std::string, std::vector<std::uint64_t>, std::vector<std::uint32_t>>> buttons;
+            for (const auto& b : r.buttons) buttons.emplace_back(b.name, b.codes, b.durations);
+            return std::make_tuple(r.name, r.encoding, r.constLength, r.reverse, r.preData, r.gap, r.minRepeat,
+                                   r.repeat.pulse, r.header.pulse, r.dutyCycle, buttons);
+        };
+        EXPECT_EQ(members(again[i]), members(remotes[i]));
     }
 }
 
