@@ -143,7 +143,8 @@ TEST(CAcFrameEncoderTest, ShippedCodesetsSendTheFramesWorkedOutFromTheirLayouts)
         if (std::string(c.codeset) != "ZAC00005") continue;
         const PulseTrain train = CAcFrameEncoder::Encode(ac.frame, c.expected, ac.carrier, ac.dutyCycle);
         EXPECT_EQ(std::tie(train.carrier, train.trailingGap), std::tie(ac.carrier, ac.frame.timing.gap));
-        EXPECT_EQ(irtest::ReadFrames(train.durations, ac.frame.timing), std::vector<Bytes>(1 + ac.frame.timing.repeats, c.expected));
+        EXPECT_EQ(irtest::ReadFrames(train.durations, ac.frame.timing),
+                  std::vector<Bytes>(1 + ac.frame.timing.repeats, c.expected));
     }
 }
 
@@ -222,7 +223,8 @@ TEST(CAcFrameEncoderTest, EachChecksumRuleAndFieldKindComesFromTheDescription) {
         expected.push_back(c.sum);
         const Bytes frame = CAcFrameEncoder::BuildFrame(codeset.frame, {"on", "heat", "22.5", "high"});
         EXPECT_EQ(frame, expected);
-        const auto back = irtest::ReadFrames(CAcFrameEncoder::Encode(codeset.frame, frame, 38000, 33).durations, codeset.frame.timing);
+        const auto back = irtest::ReadFrames(CAcFrameEncoder::Encode(codeset.frame, frame, 38000, 33).durations,
+                                             codeset.frame.timing);
         EXPECT_EQ(back, std::vector<Bytes>{expected});
     }
 }

@@ -31,14 +31,21 @@ TEST(CCaptureBuilderTest, CutsMergesAndTimesCaptures) {
     } cases[] = {
         // Leading silence is nobody's; two spaces that add up to the end space end it.
         {"ends at a long space keeping the last mark",
-         {{'S', 3000}, {'M', 500}, {'S', 9999}, {'M', 500}, {'S', 6000}, {'S', 4000}}, {{{500, 9999, 500}, 0, 3000}}},
+         {{'S', 3000}, {'M', 500}, {'S', 9999}, {'M', 500}, {'S', 6000}, {'S', 4000}},
+         {{{500, 9999, 500}, 0, 3000}}},
         {"split samples merged, empty marks ignored",
-         {{'M', 100}, {'M', 0}, {'M', 200}, {'S', 50}, {'S', 50}, {'M', 300}, {'E', 0}}, {{{300, 100, 300}, 0, 0}}},
+         {{'M', 100}, {'M', 0}, {'M', 200}, {'S', 50}, {'S', 50}, {'M', 300}, {'E', 0}},
+         {{{300, 100, 300}, 0, 0}}},
         {"a carrier belongs to the capture it arrived in",
-         {{'M', 100}, {'C', 38000}, {'E', 0}, {'M', 100}, {'E', 0}}, {{{100}, 38000, 0}, {{100}, 0, 100}}},
+         {{'M', 100}, {'C', 38000}, {'E', 0}, {'M', 100}, {'E', 0}},
+         {{{100}, 38000, 0}, {{100}, 0, 100}}},
         // The clock keeps running through lost samples.
-        {"discard drops the press under way only", {{'M', 100}, {'S', 100}, {'D', 0}, {'M', 700}, {'E', 0}}, {{{700}, 0, 200}}},
-        {"huge samples saturate instead of wrapping", {{'M', 0xfffffff0u}, {'M', 0x100u}, {'E', 0}}, {{{0xffffffffu}, 0, 0}}},
+        {"discard drops the press under way only",
+         {{'M', 100}, {'S', 100}, {'D', 0}, {'M', 700}, {'E', 0}},
+         {{{700}, 0, 200}}},
+        {"huge samples saturate instead of wrapping",
+         {{'M', 0xfffffff0u}, {'M', 0x100u}, {'E', 0}},
+         {{{0xffffffffu}, 0, 0}}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

@@ -43,10 +43,11 @@ TEST(CCodesetImporter, SignalsBecomeProtocolOrRawKeysWithTableCodes) {
     const auto rc6 = CKeyEncoder::Encode(Protocol::Rc6Mode0, 0x93a0, false, 0, 36000, 33).durations;
     const ImportedFile report = Import(
         kHeader + Parsed("POWER", "NEC", "04 00 00 00", "08 00 00 00") +
-        Parsed("Speed+", "NECext", "82 21 00 00", "1F E0 00 00") + Parsed("Fan_down", "NECext", "82 21 00 00", "12 34 00 00") +
-        Parsed("Oscillate", "RC5X", "13 00 00 00", "50 00 00 00") + Parsed("Timer", "Kaseikyo", "41 54 32 00", "1B 00 00 00") +
-        Raw("Light", {9000, 4500, 560, 560, 560, 40000}) + Parsed("POWER", "SIRC20", "B5 0F 00 00", "53 00 00 00") +
-        Raw("Mode", rc6) + Raw("Noise", {300, 7000, 1200}));
+        Parsed("Speed+", "NECext", "82 21 00 00", "1F E0 00 00") +
+        Parsed("Fan_down", "NECext", "82 21 00 00", "12 34 00 00") +
+        Parsed("Oscillate", "RC5X", "13 00 00 00", "50 00 00 00") +
+        Parsed("Timer", "Kaseikyo", "41 54 32 00", "1B 00 00 00") + Raw("Light", {9000, 4500, 560, 560, 560, 40000}) +
+        Parsed("POWER", "SIRC20", "B5 0F 00 00", "53 00 00 00") + Raw("Mode", rc6) + Raw("Noise", {300, 7000, 1200}));
     ASSERT_EQ(report.error, "");
     ASSERT_EQ(report.codesets.size(), 1u);
     const ImportedCodeset& imported = report.codesets[0];
@@ -104,7 +105,8 @@ TEST(CCodesetImporter, RecognisedAirConditionerCapturesOfferTheProtocolCodeset) 
     std::string text = kHeader;
     for (const char* mode : {"cool", "heat"}) {
         const auto bytes = CAcFrameEncoder::BuildFrame(ac.frame, {"on", mode, "22", "auto"});
-        text += Raw(std::string(mode) + "_22", CAcFrameEncoder::Encode(ac.frame, bytes, ac.carrier, ac.dutyCycle).durations);
+        text += Raw(std::string(mode) + "_22",
+                    CAcFrameEncoder::Encode(ac.frame, bytes, ac.carrier, ac.dutyCycle).durations);
     }
     const ImportedFile offered = Import(text, ApplianceKind::Aircon);
     EXPECT_EQ(offered.acProtocol, "ZAC00005");

@@ -96,16 +96,32 @@ TEST(CCodesetsFileTest, RefusalsLeaveTheFileAsItWas) {
         std::vector<const char*> words;
     };
     const Case cases[] = {
-        {"another protocol", "", [](auto& p) { CCodesetsFile::PutKey(p, "HFAN0001", Learned("power", 10, 0x0c0c, Protocol::Rc5)); },
+        {"another protocol",
+         "",
+         [](auto& p) { CCodesetsFile::PutKey(p, "HFAN0001", Learned("power", 10, 0x0c0c, Protocol::Rc5)); },
          {"HFAN0001 in", "is nec", "sends rc5", "--codeset"}},
-        {"does not fit the protocol", "",
-         [](auto& p) { CCodesetsFile::PutKey(p, "HPUR0002", Learned("x", 90, 0xffff, Protocol::Rc5)); }, {"not written"}},
-        {"a file that is not JSON", "{\"codesets\": [", [](auto& p) { CCodesetsFile::PutKey(p, "A", Learned("power", 10, 1)); },
+        {"does not fit the protocol",
+         "",
+         [](auto& p) { CCodesetsFile::PutKey(p, "HPUR0002", Learned("x", 90, 0xffff, Protocol::Rc5)); },
+         {"not written"}},
+        {"a file that is not JSON",
+         "{\"codesets\": [",
+         [](auto& p) { CCodesetsFile::PutKey(p, "A", Learned("power", 10, 1)); },
          {"left alone"}},
-        {"a file of bad codesets", "{\"codesets\": [{\"name\": \"A\"}]}",
-         [](auto& p) { CCodesetsFile::PutKey(p, "A", Learned("power", 10, 1)); }, {"left alone"}},
-        {"an import with one bad codeset", fanFile, [&](auto& p) { CCodesetsFile::PutCodesets(p, {kOther, bad}); }, {"does not fit nec"}},
-        {"an import into a file that is not JSON", "not json", [](auto& p) { CCodesetsFile::PutCodesets(p, {kOther}); }, {""}},
+        {"a file of bad codesets",
+         "{\"codesets\": [{\"name\": \"A\"}]}",
+         [](auto& p) { CCodesetsFile::PutKey(p, "A", Learned("power", 10, 1)); },
+         {"left alone"}},
+        {"an import with one bad codeset",
+         fanFile,
+         [&](auto& p) {
+             CCodesetsFile::PutCodesets(p, {kOther, bad});
+         },
+         {"does not fit nec"}},
+        {"an import into a file that is not JSON",
+         "not json",
+         [](auto& p) { CCodesetsFile::PutCodesets(p, {kOther}); },
+         {""}},
         {"a codeset that is not an object", fanFile, [](auto& p) { CCodesetsFile::PutCodeset(p, "[1]", "X"); }, {""}},
     };
     for (const auto& c : cases) {

@@ -72,18 +72,24 @@ TEST(CFrameDecoderTest, SplitsFoldsAndReportsEachPress) {
         Durations capture;
         std::vector<Expected> frames;
     } scenarios[] = {
-        {"nec press held for two repeats", Join({{0, Key(nec, 0x0408)}, {40000, ditto}, {96000, ditto}}),
+        {"nec press held for two repeats",
+         Join({{0, Key(nec, 0x0408)}, {40000, ditto}, {96000, ditto}}),
          {{nec, 0x0408, false, {}}, {nec, 0x0408, true, {}}, {nec, 0x0408, true, {}}}},
         {"sony press, three copies", Key(Protocol::Sony15, 0x970015), {{Protocol::Sony15, 0x970015, false, {}}}},
         {"sharp press, frame and check frame", Key(Protocol::Sharp, 0x1116), {{Protocol::Sharp, 0x1116, false, {}}}},
-        {"jvc press with header-less copies", Key(Protocol::Jvc, 0x03c1, false, 2), {{Protocol::Jvc, 0x03c1, false, {}}}},
+        {"jvc press with header-less copies",
+         Key(Protocol::Jvc, 0x03c1, false, 2),
+         {{Protocol::Jvc, 0x03c1, false, {}}}},
         {"pioneer press, two frames", Key(Protocol::Pioneer, 0xaf36), {{Protocol::Pioneer, 0xaf36, false, {}}}},
-        {"two rc5 presses", Join({{0, Key(rc5, 0x0c0c, false, 1)}, {90000, Key(rc5, 0x0c0c, true)}}),
+        {"two rc5 presses",
+         Join({{0, Key(rc5, 0x0c0c, false, 1)}, {90000, Key(rc5, 0x0c0c, true)}}),
          {{rc5, 0x0c0c, false, false}, {rc5, 0x0c0c, false, true}}},
-        {"one nec key pressed twice, a second apart", Join({{0, Key(nec, 0x0408)}, {1000000, Key(nec, 0x0408)}}),
+        {"one nec key pressed twice, a second apart",
+         Join({{0, Key(nec, 0x0408)}, {1000000, Key(nec, 0x0408)}}),
          {{nec, 0x0408, false, {}}, {nec, 0x0408, false, {}}}},
         {"noise, then an rc6 key, then a kaseikyo key",
-         Join({{0, {120, 3000, 60, 800, 300}}, {9000, Key(Protocol::Rc6Mode0, 0x800c)},
+         Join({{0, {120, 3000, 60, 800, 300}},
+               {9000, Key(Protocol::Rc6Mode0, 0x800c)},
                {300000, Key(Protocol::Kaseikyo, 0x325441001b)}}),
          {{Protocol::Rc6Mode0, 0x800c, false, false}, {Protocol::Kaseikyo, 0x325441001b, false, {}}}},
     };
@@ -149,7 +155,8 @@ TEST(CFrameDecoderTest, ShippedKeysAndAirConditionerFramesAreWholeAndNamed) {
             const auto frames = Decode(pronto ? CProntoCode::Parse(key.pronto).durations
                                               : Key(codeset.protocol, key.scancode), library);
             ASSERT_FALSE(frames.empty()) << codeset.name << " " << key.name;
-            EXPECT_EQ(std::tie(frames[0].codeset, frames[0].key, frames[0].code), std::tie(codeset.name, key.name, key.code));
+            EXPECT_EQ(std::tie(frames[0].codeset, frames[0].key, frames[0].code),
+                      std::tie(codeset.name, key.name, key.code));
             ++keys;
         }
         if (codeset.protocol != Protocol::Aircon) continue;
@@ -211,7 +218,8 @@ std::optional<Expected> Published(const irtest::PublishedCapture& c) {
         if (!c.value) return Expected{Protocol::Nec32, 0, false, {}};  // no value published: any NEC frame
         std::uint64_t b = 0;  // the bytes as sent, in nec32's layout, which takes any 32 bits
         for (unsigned i = 0; i < 4; ++i) b |= Reverse(*c.value >> (8 * (3 - i)) & 0xff, 8) << (8 * i);
-        return Expected{Protocol::Nec32, (b >> 8 & 0xff) << 24 | (b & 0xff) << 16 | (b >> 24) << 8 | (b >> 16 & 0xff), false, {}};
+        return Expected{
+            Protocol::Nec32, (b >> 8 & 0xff) << 24 | (b & 0xff) << 16 | (b >> 24) << 8 | (b >> 16 & 0xff), false, {}};
     }
     if (c.protocol == "SONY" && c.bits == 12) return Expected{Protocol::Sony12, a << 16 | cmd, false, {}};
     if (c.protocol == "JVC") return Expected{Protocol::Jvc, a << 8 | cmd, false, {}};
@@ -255,13 +263,14 @@ TEST(CFrameDecoderVectorsTest, PublishedCapturesDecodeToTheirValues) {
 // The key the importer makes of a Flipper message (its mapping is pinned by hand in its own test).
 Expected Imported(const irtest::FlipperMessage& m) {
     char fields[96];
-    std::snprintf(fields, sizeof fields, "address: %02X %02X %02X %02X\ncommand: %02X %02X %02X %02X\n", m.address & 0xff,
-                  m.address >> 8 & 0xff, m.address >> 16 & 0xff, m.address >> 24, m.command & 0xff, m.command >> 8 & 0xff,
-                  m.command >> 16 & 0xff, m.command >> 24);
+    std::snprintf(fields, sizeof fields, "address: %02X %02X %02X %02X\ncommand: %02X %02X %02X %02X\n",
+                  m.address & 0xff, m.address >> 8 & 0xff, m.address >> 16 & 0xff, m.address >> 24, m.command & 0xff,
+                  m.command >> 8 & 0xff, m.command >> 16 & 0xff, m.command >> 24);
     CCodesetImporter::Options options;
     options.kindGiven = true;
     const ImportedFile report = CCodesetImporter::ImportText(
-        "Filetype: IR signals file\nVersion: 1\nname: K\ntype: parsed\nprotocol: " + m.protocol + "\n" + fields, "v.ir", options);
+        "Filetype: IR signals file\nVersion: 1\nname: K\ntype: parsed\nprotocol: " + m.protocol + "\n" + fields, "v.ir",
+        options);
     EXPECT_EQ(report.codesets.size(), 1u) << m.source << ": " << report.error;
     if (report.codesets.empty()) return {Protocol::Raw, 0, false, {}};
     const auto library = irtest::Library({report.codesets[0].json});
@@ -309,10 +318,13 @@ TEST(CFrameDecoderVectorsTest, FlipperTestVectorsDecodeAsStated) {
             for (std::size_t i = 0; i < frames.size() && !found; ++i) {
                 const DecodedFrame& f = frames[i];
                 if (f.kind != Kind::Key || to + 1000 < f.startUs || from >= f.startUs + f.durationUs + 1000) continue;
-                found = key.repeat ? f.repeat : !f.repeat && SameFrame(f.protocol, f.scancode, key.protocol, key.scancode);
+                found =
+                    key.repeat ? f.repeat : !f.repeat && SameFrame(f.protocol, f.scancode, key.protocol, key.scancode);
                 held[i] = held[i] || found;
             }
-            if (!found) problems << "\n  no " << ProtocolName(key.protocol) << " 0x" << std::hex << key.scancode << " at " << from;
+            if (!found)
+                problems << "\n  no " << ProtocolName(key.protocol) << " 0x" << std::hex << key.scancode << " at "
+                         << from;
         }
         for (std::size_t i = 0; i < frames.size(); ++i) {
             // The Flipper's receiver keeps only the second frame of a two-frame Pioneer key (25.5 ms
@@ -320,7 +332,8 @@ TEST(CFrameDecoderVectorsTest, FlipperTestVectorsDecodeAsStated) {
             // raw frame here that the Flipper drops.
             const bool pioneerFirst = i + 1 < frames.size() && frames[i].protocol == Protocol::Pioneer &&
                                       frames[i + 1].protocol == Protocol::Pioneer;
-            if (!held[i] && frames[i].kind == Kind::Key && !pioneerFirst) problems << "\n  an extra frame" << Describe({frames[i]});
+            if (!held[i] && frames[i].kind == Kind::Key && !pioneerFirst)
+                problems << "\n  an extra frame" << Describe({frames[i]});
         }
         if (!problems.str().empty() && ++wrong <= 8) ADD_FAILURE() << list[0]->source << ":" << problems.str();
     }
@@ -332,7 +345,8 @@ TEST(CFrameDecoderVectorsTest, FlipperTestVectorsDecodeAsStated) {
 TEST(CFrameDecoderVectorsTest, PublishedAirConditionerCapturesDecodeToTheirBytesAndState) {
     const auto captures = irtest::SharedIr("vectors/captures.json");
     const auto states = irtest::SharedIr("vectors/states.json");
-    if (captures.isNull() || states.isNull()) GTEST_SKIP() << "no " << irtest::SharedIrDir() << "/vectors/: not checked";
+    if (captures.isNull() || states.isNull())
+        GTEST_SKIP() << "no " << irtest::SharedIrDir() << "/vectors/: not checked";
     const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
     int checked = 0, withWords = 0;
     const auto& list = captures["captures"];

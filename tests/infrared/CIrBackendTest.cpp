@@ -59,7 +59,8 @@ TEST(CIrBackendTest, AirConditionerStatesReadBackFromTheDryRunFile) {
     ASSERT_EQ(blocks.size(), std::size(states));
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         const auto frame = CAcFrameEncoder::BuildFrame(ac.frame, states[i]);
-        EXPECT_EQ(irtest::ReadFrames(blocks[i].durations, ac.frame.timing), (std::vector<std::vector<std::uint8_t>>(2, frame)));
+        EXPECT_EQ(irtest::ReadFrames(blocks[i].durations, ac.frame.timing),
+                  (std::vector<std::vector<std::uint8_t>>(2, frame)));
         EXPECT_EQ(blocks[i].gap, ac.frame.timing.gap);
     }
 }
@@ -69,7 +70,8 @@ TEST(CIrBackendTest, RawKeysSendTheirDurationsAndRepeatAfterTheirGap) {
               R"("keys":{"power":{"code":10,"raw":[3000,1500,500],"gap":30000}}}]})");
     const auto result = f.backend.SendKey(R"({"dev_info":[{"codeset":"R","device_index":2}]})", 10, 2);
     ASSERT_TRUE(result.ok) << result.error;
-    EXPECT_EQ(irtest::ReadMode2(f.file).at(0).durations, (std::vector<std::uint32_t>{3000, 1500, 500, 30000, 3000, 1500, 500}));
+    EXPECT_EQ(irtest::ReadMode2(f.file).at(0).durations,
+              (std::vector<std::uint32_t>{3000, 1500, 500, 30000, 3000, 1500, 500}));
 }
 
 TEST(CIrBackendTest, FailsWithAReasonAndWritesNothing) {

@@ -42,10 +42,11 @@ std::string Remote(unsigned bits, const char* flags, const std::vector<const cha
     return out;
 }
 
-const char kSpace[] = "SPACE_ENC|CONST_LENGTH|REVERSE";
+const char kSpace[] = "SPACE_ENC|CONST_LENGTH|REVERSE", kPlain[] = "SPACE_ENC|REVERSE";
 const std::vector<const char*> kNec = {"header 9000 4500", "one 563 1688", "zero 563 563", "ptrail 563", "gap 108000"};
 const std::vector<const char*> kSony = {"header 2400 600", "one 1200 600", "zero 600 600", "gap 45000"};
-const std::vector<const char*> kRc5 = {"one 889 889", "zero 889 889", "plead 889", "gap 113778", "toggle_bit_mask 0x800"};
+const std::vector<const char*> kRc5 = {"one 889 889", "zero 889 889", "plead 889", "gap 113778",
+                                       "toggle_bit_mask 0x800"};
 
 std::vector<ProtocolCase> Cases() {
     const std::vector<std::string> one = {"KEY_POWER"}, three = {"KEY_POWER", "KEY_POWER", "KEY_POWER"};
@@ -53,43 +54,50 @@ std::vector<ProtocolCase> Cases() {
         {"nec", Protocol::Nec, Remote(32, kSpace, kNec),
          {{"KEY_POWER", 0x0408, NecCode(0x04, 0xfb, 0x08, 0xf7), one},
           {"KEY_MODE", 0x04f0, NecCode(0x04, 0xfb, 0xf0, 0x0f), {"KEY_MODE"}}}},
-        {"necx", Protocol::NecX, Remote(32, kSpace, kNec), {{"KEY_POWER", 0x12345a, NecCode(0x12, 0x34, 0x5a, 0xa5), one}}},
+        {"necx", Protocol::NecX, Remote(32, kSpace, kNec),
+         {{"KEY_POWER", 0x12345a, NecCode(0x12, 0x34, 0x5a, 0xa5), one}}},
         // address 0x34 / 0x12 and command 0x5a / 0x78: neither byte pair is complementary
-        {"nec32", Protocol::Nec32, Remote(32, kSpace, kNec), {{"KEY_POWER", 0x12347856, NecCode(0x34, 0x12, 0x56, 0x78), one}}},
+        {"nec32", Protocol::Nec32, Remote(32, kSpace, kNec),
+         {{"KEY_POWER", 0x12347856, NecCode(0x34, 0x12, 0x56, 0x78), one}}},
         {"sanyo", Protocol::Sanyo, Remote(42, kSpace, kNec),
          {{"KEY_POWER", 0x1c3d2, 0x1c3ULL | (0x1c3ULL ^ 0x1fff) << 13 | 0xd2ULL << 26 | (0xd2ULL ^ 0xff) << 34, one}}},
         {"jvc", Protocol::Jvc,
          Remote(16, kSpace, {"header 8400 4200", "one 526 1578", "zero 526 526", "ptrail 526", "gap 60000"}),
          {{"KEY_POWER", 0x03c1, 0x03 | 0xc1 << 8, one}}},
         // The second frame inverts command, expansion and check bits.
-        {"sharp", Protocol::Sharp, Remote(15, "SPACE_ENC|REVERSE", {"one 320 1680", "zero 320 680", "ptrail 320", "gap 40000"}),
+        {"sharp", Protocol::Sharp,
+         Remote(15, kPlain, {"one 320 1680", "zero 320 680", "ptrail 320", "gap 40000"}),
          {{"KEY_POWER", 0x1116, 0x11 | 0x16 << 5 | 1 << 13, {"KEY_POWER", "KEY_POWER_CHECK"}}}},
         {"sony12", Protocol::Sony12, Remote(12, kSpace, kSony), {{"KEY_POWER", 0x010015, 0x15 | 0x01 << 7, three}}},
         {"sony15", Protocol::Sony15, Remote(15, kSpace, kSony), {{"KEY_POWER", 0x970015, 0x15 | 0x97 << 7, three}}},
-        {"sony20", Protocol::Sony20, Remote(20, kSpace, kSony), {{"KEY_POWER", 0x1a5b15, 0x15 | 0x1a << 7 | 0x5b << 12, three}}},
+        {"sony20", Protocol::Sony20, Remote(20, kSpace, kSony),
+         {{"KEY_POWER", 0x1a5b15, 0x15 | 0x1a << 7 | 0x5b << 12, three}}},
         // S2 (inverted command bit 6), toggle 0, address, 6 command bits
         {"rc5", Protocol::Rc5, Remote(13, "RC5|CONST_LENGTH", kRc5),
-         {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, one}, {"KEY_MODE", 0x1f4c, 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
+         {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, one},
+          {"KEY_MODE", 0x1f4c, 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
         // S2 = 0 carries the command's seventh bit
         {"rc5x", Protocol::Rc5x, Remote(13, "RC5|CONST_LENGTH", kRc5), {{"KEY_POWER", 0x1350, 0x13 << 6 | 0x10, one}}},
         // 26-bit address 0x1234567 and command 0xbeef, no complements
-        {"nec42", Protocol::Nec42, Remote(42, kSpace, kNec), {{"KEY_POWER", 0x1234567beefULL, 0x1234567ULL | 0xbeefULL << 26, one}}},
+        {"nec42", Protocol::Nec42, Remote(42, kSpace, kNec),
+         {{"KEY_POWER", 0x1234567beefULL, 0x1234567ULL | 0xbeefULL << 26, one}}},
         // vendor 0x3254, genres 4 and 1, command 0x1b: bytes 54 32 40 b1 01 f0 on air
         {"kaseikyo", Protocol::Kaseikyo,
-         Remote(48, "SPACE_ENC|REVERSE", {"header 3456 1728", "one 432 1296", "zero 432 432", "ptrail 432", "gap 130000"}),
+         Remote(48, kPlain, {"header 3456 1728", "one 432 1296", "zero 432 432", "ptrail 432", "gap 130000"}),
          {{"KEY_POWER", 0x325441001bULL, 0xf001b1403254ULL, one}}},
         // address 0xf, command 0x54, then both inverted
         {"rca", Protocol::Rca,
-         Remote(24, "SPACE_ENC|REVERSE", {"header 4000 4000", "one 500 2000", "zero 500 1000", "ptrail 500", "gap 8000"}),
+         Remote(24, kPlain, {"header 4000 4000", "one 500 2000", "zero 500 1000", "ptrail 500", "gap 8000"}),
          {{"KEY_POWER", 0xf54, 0xf | 0x54 << 4 | 0xab << 16, one}}},
         // two frames per press
         {"pioneer", Protocol::Pioneer,
-         Remote(32, "SPACE_ENC|REVERSE", {"header 8500 4225", "one 500 1500", "zero 500 500", "ptrail 500", "gap 26000"}),
+         Remote(32, kPlain, {"header 8500 4225", "one 500 1500", "zero 500 500", "ptrail 500", "gap 26000"}),
          {{"KEY_POWER", 0xaf36, NecCode(0xaf, 0x50, 0x36, 0xc9), {"KEY_POWER", "KEY_POWER"}}}},
         // lircd keeps RC-6 codes with every bit inverted (it reads a 1 as space-then-mark).
         {"rc6_0", Protocol::Rc6Mode0,
-         Remote(21, "RC6|CONST_LENGTH", {"header 2664 888", "one 444 444", "zero 444 444", "rc6_mask 0x10000", "gap 107000",
-                                         "toggle_bit_mask 0x10000"}),
+         Remote(21, "RC6|CONST_LENGTH",
+                {"header 2664 888", "one 444 444", "zero 444 444", "rc6_mask 0x10000", "gap 107000",
+                 "toggle_bit_mask 0x10000"}),
          {{"KEY_POWER", 0x800c, ~(1u << 20 | 0x800c) & 0x1fffff, one}}},
     };
 }

@@ -40,7 +40,10 @@ TEST(CLircReceiverTest, SetsPulseModeTimeoutAndCarrierMeasurementWhenOpened) {
     };
     const Case cases[] = {
         {"everything", kAll, 1250000, {"SET_REC_TIMEOUT 100000", "SET_MEASURE_CARRIER_MODE 1"}, 100000},
-        {"timeout capped by the driver", LIRC_CAN_REC_MODE2 | LIRC_CAN_SET_REC_TIMEOUT, 65000, {"SET_REC_TIMEOUT 65000"},
+        {"timeout capped by the driver",
+         LIRC_CAN_REC_MODE2 | LIRC_CAN_SET_REC_TIMEOUT,
+         65000,
+         {"SET_REC_TIMEOUT 65000"},
          65000},
         {"plain receiver", LIRC_CAN_REC_MODE2, 0, {}, 0},
     };
@@ -104,15 +107,21 @@ TEST(CLircReceiverTest, CutsSamplesIntoCapturesTimedFromTheFirstSample) {
         std::vector<Capture> captures;  // durations, carrier, start
     };
     const Case cases[] = {
-        {"timeout sample ends it", {{{S(5000000), P(9000), S(4500), P(560), T(100000)}}}, {{{9000, 4500, 560}, 0, 5000000}}},
+        {"timeout sample ends it",
+         {{{S(5000000), P(9000), S(4500), P(560), T(100000)}}},
+         {{{9000, 4500, 560}, 0, 5000000}}},
         {"long space ends it, the next press follows",
          {{{S(1000), P(900), S(900), P(900), S(150000), P(300), S(300), P(300), T(100000)}}},
          {{{900, 900, 900}, 0, 1000}, {{300, 300, 300}, 0, 1000 + 2700 + 150000}}},
         {"split samples merged", {{{P(400), P(500), S(100), S(800), P(560), T(100000)}}}, {{{900, 900, 560}, 0, 0}}},
         {"samples over several reads", {{{P(900)}}, {{S(450)}}, {{P(560), T(100000)}}}, {{{900, 450, 560}, 0, 0}}},
         {"silence without a timeout sample ends it", {{{P(900), S(450), P(560)}}, {{}, 0}}, {{{900, 450, 560}, 0, 0}}},
-        {"measured carrier", {{{P(900), S(450), P(560), LIRC_FREQUENCY(36000), T(100000)}}}, {{{900, 450, 560}, 36000, 0}}},
-        {"unknown sample kinds ignored", {{{P(900), 0x0f000000u, S(450), P(560), T(100000)}}}, {{{900, 450, 560}, 0, 0}}},
+        {"measured carrier",
+         {{{P(900), S(450), P(560), LIRC_FREQUENCY(36000), T(100000)}}},
+         {{{900, 450, 560}, 36000, 0}}},
+        {"unknown sample kinds ignored",
+         {{{P(900), 0x0f000000u, S(450), P(560), T(100000)}}},
+         {{{900, 450, 560}, 0, 0}}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

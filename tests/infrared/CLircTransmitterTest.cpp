@@ -40,8 +40,9 @@ std::string Error(const std::function<void()>& action) { return irtest::ErrorOf<
 TEST(CLircTransmitterTest, ChecksTheDeviceWhenOpened) {
     auto device = Device();
     CLircTransmitter transmitter("/dev/lirc0", device, kCarriers);
-    EXPECT_EQ(device->calls, (Calls{"open /dev/lirc0", "GET_FEATURES", "SET_SEND_CARRIER 38000", "SET_SEND_CARRIER 36000",
-                                    "SET_TRANSMITTER_MASK 4294967295", "SET_SEND_MODE 8", "SET_SEND_MODE 2"}));
+    EXPECT_EQ(device->calls,
+              (Calls{"open /dev/lirc0", "GET_FEATURES", "SET_SEND_CARRIER 38000", "SET_SEND_CARRIER 36000",
+                     "SET_TRANSMITTER_MASK 4294967295", "SET_SEND_MODE 8", "SET_SEND_MODE 2"}));
     EXPECT_EQ(transmitter.Emitters(), 4);
     EXPECT_TRUE(transmitter.SendsScancodes());
 }

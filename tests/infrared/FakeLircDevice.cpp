@@ -67,7 +67,8 @@ std::int64_t CFakeLircDevice::Read(int fd, void* data, std::size_t size, int tim
     // More samples than fit go back for the next read, as the kernel keeps them.
     const std::size_t fit = std::min(step.samples.size(), size / sizeof(std::uint32_t));
     if (fit < step.samples.size()) {
-        reads.push_front({std::vector<std::uint32_t>(step.samples.begin() + static_cast<long>(fit), step.samples.end())});
+        reads.push_front(
+            {std::vector<std::uint32_t>(step.samples.begin() + static_cast<long>(fit), step.samples.end())});
     }
     std::memcpy(data, step.samples.data(), fit * sizeof(std::uint32_t));
     return static_cast<std::int64_t>(fit * sizeof(std::uint32_t) - step.cutBytes);

@@ -31,8 +31,8 @@ std::optional<std::vector<PublishedCapture>> ReadCaptures() {
         const JsonValue& c = list[i];
         const JsonValue& e = c["expected"];
         out.push_back({c["protocol"].asString(), c["source"].asString(), Durations(c["durations"]),
-                       static_cast<unsigned>(e["bits"].asInt64()), Hex(e["value"]), Hex(e["address"]), Hex(e["command"]),
-                       e["repeat"].isBool() && e["repeat"].asBool()});
+                       static_cast<unsigned>(e["bits"].asInt64()), Hex(e["value"]), Hex(e["address"]),
+                       Hex(e["command"]), e["repeat"].isBool() && e["repeat"].asBool()});
     }
     return out;
 }
@@ -44,8 +44,9 @@ std::optional<std::vector<FlipperMessage>> ReadFlipperDecodeVectors() {
     for (unsigned i = 0; i < json.size(); ++i) {
         const JsonValue& e = json[i];
         if (e["direction"].asString() != "decode") continue;
-        out.push_back({e["protocol"].asString(), e["source"].asString(), static_cast<std::uint32_t>(e["address"].asInt64()),
-                       static_cast<std::uint32_t>(e["command"].asInt64()), e["repeat"].asBool(), Durations(e["timings"])});
+        out.push_back(
+            {e["protocol"].asString(), e["source"].asString(), static_cast<std::uint32_t>(e["address"].asInt64()),
+             static_cast<std::uint32_t>(e["command"].asInt64()), e["repeat"].asBool(), Durations(e["timings"])});
     }
     return out;
 }
