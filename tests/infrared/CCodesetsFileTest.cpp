@@ -7,7 +7,7 @@
 
 #include <functional>
 
-#include "FakeLircDevice.h"
+#include "ErrorOf.h"
 #include "FileTree.h"
 #include "IrsimReceive.h"
 #include "infrared/codeset/CCodesetLibrary.h"

@@ -341,14 +341,12 @@ TEST(CFrameDecoderVectorsTest, FlipperTestVectorsDecodeAsStated) {
 }
 
 // Real air-conditioner captures of the shipped families name their family among all codesets
-// and read back as the published bytes and, where a state record gives them, its words.
-TEST(CFrameDecoderVectorsTest, PublishedAirConditionerCapturesDecodeToTheirBytesAndState) {
+// and read back as the published bytes (their words: the AC encoder's published-states test).
+TEST(CFrameDecoderVectorsTest, PublishedAirConditionerCapturesDecodeToTheirBytes) {
     const auto captures = irtest::SharedIr("vectors/captures.json");
-    const auto states = irtest::SharedIr("vectors/states.json");
-    if (captures.isNull() || states.isNull())
-        GTEST_SKIP() << "no " << irtest::SharedIrDir() << "/vectors/: not checked";
+    if (captures.isNull()) GTEST_SKIP() << "no " << irtest::SharedIrDir() << "/vectors/captures.json: not checked";
     const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
-    int checked = 0, withWords = 0;
+    int checked = 0;
     const auto& list = captures["captures"];
     for (unsigned i = 0; i < list.size(); ++i) {
         const Codeset* codeset = irtest::ShippedFamily(list[i]["protocol"].asString());
@@ -365,25 +363,8 @@ TEST(CFrameDecoderVectorsTest, PublishedAirConditionerCapturesDecodeToTheirBytes
         EXPECT_EQ(frames[0].kind, Kind::Aircon);
         EXPECT_EQ(std::tie(frames[0].family, frames[0].bytes), std::tie(codeset->family, expected));
         ++checked;
-        const auto& pairs = states["pairs"];
-        for (unsigned s = 0; s < pairs.size(); ++s) {
-            if (irtest::ShippedFamily(pairs[s]["protocol"].asString()) != codeset ||
-                irtest::RecordBytes(pairs[s], expected.size()) != expected) {
-                continue;
-            }
-            const AcState words = irtest::Words(pairs[s]["fields"]).state;
-            const AcState& got = frames[0].state;
-            // A word the record does not state is not compared.
-            EXPECT_TRUE(words.power.empty() || got.power == words.power) << got.power;
-            EXPECT_TRUE(words.mode.empty() || got.mode == words.mode) << got.mode;
-            EXPECT_TRUE(words.fan.empty() || got.fan == words.fan) << got.fan;
-            EXPECT_TRUE(words.setpoint.empty() || got.setpoint == words.setpoint) << got.setpoint;
-            ++withWords;
-            break;
-        }
     }
     EXPECT_GT(checked, 15);
-    EXPECT_GT(withWords, 10);
 }
 
 }  // namespace

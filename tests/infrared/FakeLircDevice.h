@@ -1,6 +1,5 @@
-// Test helpers: a lirc device behind its seam that answers as configured, records every call as
-// a line ("open /dev/lirc0", "SET_SEND_CARRIER 38000", "write 12") and hands out scripted reads;
-// and the message of the error an action throws.
+// Test helper: a lirc device behind its seam that answers as configured, records every call as a
+// line ("open /dev/lirc0", "SET_SEND_CARRIER 38000", "write 12") and hands out scripted reads.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "ErrorOf.h"
 #include "infrared/transmit/ILircDevice.h"
 
 namespace irtest {
@@ -42,16 +42,5 @@ public:
     void Close(int fd) override;
     std::string GroupOf(const std::string&) override { return "video"; }
 };
-
-// The message of the `Error` that `action` throws, or "(no error)".
-template <typename Error, typename Action>
-std::string ErrorOf(Action&& action) {
-    try {
-        action();
-    } catch (const Error& e) {
-        return e.what();
-    }
-    return "(no error)";
-}
 
 }  // namespace irtest
