@@ -9,6 +9,7 @@
 #include <cstring>
 #include <functional>
 
+#include "ErrorOf.h"
 #include "FakeLircDevice.h"
 
 namespace infrared {

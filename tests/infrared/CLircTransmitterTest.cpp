@@ -10,6 +10,7 @@
 #include <cstring>
 #include <functional>
 
+#include "ErrorOf.h"
 #include "FakeLircDevice.h"
 
 namespace infrared {

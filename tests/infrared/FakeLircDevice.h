@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "ErrorOf.h"
 #include "infrared/transmit/ILircDevice.h"
 
 namespace irtest {
