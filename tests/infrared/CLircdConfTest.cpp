@@ -27,21 +27,13 @@ TEST(CLircdConf, ReadsCodedAndRawRemotes) {
     const auto remotes = CLircdConf::Parse(kRemote, "f.conf");
     ASSERT_EQ(remotes.size(), 2u);
     const LircRemote& r = remotes[0];
-    EXPECT_EQ(r.name, "Fan");
-    EXPECT_EQ(r.line, 2u);
-    EXPECT_EQ(r.encoding, LircRemote::Encoding::Space);
-    EXPECT_TRUE(r.constLength);
-    EXPECT_TRUE(r.reverse);
-    EXPECT_EQ(r.AllBits(), 32u);
-    EXPECT_EQ(r.preData, 0x10EFu);
-    EXPECT_EQ(r.header.pulse, 9000u);
-    EXPECT_EQ(r.repeat.space, 2250u);
-    EXPECT_EQ(r.minRepeat, 1u);
-    EXPECT_EQ(r.dutyCycle, 33u);
+    EXPECT_EQ(std::make_tuple(r.name, r.line, r.encoding, r.constLength, r.reverse, r.AllBits(), r.preData),
+              std::make_tuple("Fan", 2u, LircRemote::Encoding::Space, true, true, 32u, 0x10EFu));
+    EXPECT_EQ(std::make_tuple(r.header.pulse, r.repeat.space, r.minRepeat, r.dutyCycle),
+              std::make_tuple(9000u, 2250u, 1u, 33u));
     ASSERT_EQ(r.buttons.size(), 2u);
-    EXPECT_EQ(r.buttons[1].name, "SPEED+");
-    EXPECT_EQ(r.buttons[1].line, 22u);
-    EXPECT_EQ(r.buttons[1].codes, (std::vector<std::uint64_t>{0x807F, 0x40BF}));
+    EXPECT_EQ(std::tie(r.buttons[1].name, r.buttons[1].line, r.buttons[1].codes),
+              std::make_tuple("SPEED+", 22u, std::vector<std::uint64_t>{0x807F, 0x40BF}));
     const LircRemote& raw = remotes[1];
     EXPECT_EQ(raw.encoding, LircRemote::Encoding::Raw);
     ASSERT_EQ(raw.buttons.size(), 2u);
