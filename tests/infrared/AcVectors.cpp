@@ -1,19 +1,16 @@
 #include "AcVectors.h"
 
 #include <cctype>
-#include <fstream>
 #include <sstream>
 
+#include "FileTree.h"
 #include "infrared/codeset/DefaultCodesets.h"
 
 namespace irtest {
 
 JsonValue SharedIr(const std::string& name) {
-    std::ifstream in(std::string(IRC_SOURCE_DIR "/../shared/ir/") + name);
-    if (!in) return JsonValue();
-    std::stringstream text;
-    text << in.rdbuf();
-    return JsonValue::Create(text.str());
+    const std::string text = ReadText(std::string(IRC_SOURCE_DIR "/../shared/ir/") + name);
+    return text.empty() ? JsonValue() : JsonValue::Create(text);
 }
 
 const infrared::CCodesetLibrary& ShippedLibrary() {

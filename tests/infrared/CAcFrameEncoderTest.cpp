@@ -12,23 +12,13 @@
 #include "infrared/codeset/CCodesetLibrary.h"
 #include "infrared/decode/CAcFrameDecoder.h"
 #include "Mode2File.h"
-#include "infrared/codeset/DefaultCodesets.h"
 
 namespace infrared {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-std::vector<Bytes> ReadBack(const PulseTrain& train, const FrameTiming& t) {
-    return irtest::ReadFrames(train.durations, t);
-}
-
-const Codeset& Shipped(const std::string& name) {
-    static const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
-    const Codeset* codeset = library->Find(name);
-    if (codeset == nullptr) throw std::logic_error(name + " is not shipped");
-    return *codeset;
-}
+const Codeset& Shipped(const std::string& name) { return *irtest::ShippedLibrary().Find(name); }
 
 // Every field the encoder writes, as (slot, the word it belongs to) so a disagreement names it.
 struct Written {
@@ -143,22 +133,18 @@ const std::vector<FrameCase> kWorked = {
     {"ZAC00008", {"off", "cool", "24", "auto"}, {0xb2, 0x7b, 0xe0}},
 };
 
-TEST(CAcFrameEncoderTest, ShippedCodesetsBuildTheFramesWorkedOutFromTheirLayouts) {
+// The pulses read back into the frame by an independent reader, once per copy.
+TEST(CAcFrameEncoderTest, ShippedCodesetsSendTheFramesWorkedOutFromTheirLayouts) {
     for (const auto& c : kWorked) {
         SCOPED_TRACE(std::string(c.codeset) + " " + c.state.power + " " + c.state.mode + " " + c.state.setpoint + " " + c.state.fan);
-        EXPECT_EQ(CAcFrameEncoder::BuildFrame(Shipped(c.codeset).frame, c.state), c.expected);
-    }
-}
-
-TEST(CAcFrameEncoderTest, PulsesReadBackIntoTheFrameOncePerCopy) {
-    const Codeset& ac = Shipped("ZAC00005");
-    for (const AcState& state : {AcState{"on", "cool", "24", "auto"}, AcState{"off", "heat", "16", "low"}}) {
-        const Bytes frame = CAcFrameEncoder::BuildFrame(ac.frame, state);
-        const PulseTrain train = CAcFrameEncoder::Encode(ac.frame, frame, ac.carrier, ac.dutyCycle);
-        EXPECT_EQ(train.carrier, 38000u);
-        EXPECT_EQ(train.trailingGap, ac.frame.timing.gap);
-        const auto frames = ReadBack(train, ac.frame.timing);
-        EXPECT_EQ(frames, std::vector<Bytes>(1 + ac.frame.timing.repeats, frame));
+        const Codeset& ac = Shipped(c.codeset);
+        EXPECT_EQ(CAcFrameEncoder::BuildFrame(ac.frame, c.state), c.expected);
+        // Coolix's pulses (each byte and its inverse) are held to the published transmissions.
+        if (std::string(c.codeset) != "ZAC00005") continue;
+        const PulseTrain train = CAcFrameEncoder::Encode(ac.frame, c.expected, ac.carrier, ac.dutyCycle);
+        EXPECT_EQ(std::tie(train.carrier, train.trailingGap), std::tie(ac.carrier, ac.frame.timing.gap));
+        EXPECT_EQ(irtest::ReadFrames(train.durations, ac.frame.timing),
+                  std::vector<Bytes>(1 + ac.frame.timing.repeats, c.expected));
     }
 }
 
@@ -237,7 +223,8 @@ TEST(CAcFrameEncoderTest, EachChecksumRuleAndFieldKindComesFromTheDescription) {
         expected.push_back(c.sum);
         const Bytes frame = CAcFrameEncoder::BuildFrame(codeset.frame, {"on", "heat", "22.5", "high"});
         EXPECT_EQ(frame, expected);
-        const auto back = ReadBack(CAcFrameEncoder::Encode(codeset.frame, frame, 38000, 33), codeset.frame.timing);
+        const auto back = irtest::ReadFrames(CAcFrameEncoder::Encode(codeset.frame, frame, 38000, 33).durations,
+                                             codeset.frame.timing);
         EXPECT_EQ(back, std::vector<Bytes>{expected});
     }
 }
@@ -254,7 +241,6 @@ TEST(CAcFrameEncoderTest, RefusesStatesTheCodesetCannotExpress) {
         {&ac, {"standby", "cool", "24", "auto"}, "power 'standby'"},
         {&ac, {"on", "cool", "24", "turbo"}, "fan speed 'turbo'"},
         {&ac, {"on", "cool", "15", "auto"}, "outside"},
-        {&ac, {"on", "cool", "32", "auto"}, "outside"},
         {&ac, {"on", "cool", "24.25", "auto"}, "finer"},
         {&ac, {"on", "cool", "31.5", "auto"}, "outside"},
         {&ac, {"on", "cool", "", "auto"}, "not a number"},

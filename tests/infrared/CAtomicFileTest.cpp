@@ -1,11 +1,7 @@
-// readdir of a 32-bit build under qemu-user fails on a 64-bit host's directory cookies unless
-// it is the large-file readdir.
-#ifndef _FILE_OFFSET_BITS
-#define _FILE_OFFSET_BITS 64
-#endif
+// Writing a file atomically: the old or the new content whole, whatever step a writer is killed
+// at, and no temporary file left beside it.
 #include "infrared/formats/CAtomicFile.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,39 +13,26 @@
 #include <string>
 #include <vector>
 
+#include "FileTree.h"
+#include "IrsimReceive.h"
+
 namespace infrared {
 namespace {
 
 class AtomicFile : public ::testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/irc-atomic-XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern), nullptr);
-        dir_ = pattern;
-        path_ = dir_ + "/state.json";
-    }
     void TearDown() override {
-        for (const std::string& name : Entries()) ::unlink((dir_ + "/" + name).c_str());
+        for (const std::string& path : Entries()) ::unlink(path.c_str());
         ::rmdir(dir_.c_str());
     }
-    std::vector<std::string> Entries() const {
-        std::vector<std::string> names;
-        if (DIR* d = ::opendir(dir_.c_str())) {
-            while (const dirent* e = ::readdir(d)) {
-                const std::string name = e->d_name;
-                if (name != "." && name != "..") names.push_back(name);
-            }
-            ::closedir(d);
-        }
-        return names;
-    }
+    std::vector<std::string> Entries() const { return irtest::FilesUnder(dir_, ""); }
     std::string Content() const {
         std::string text;
         EXPECT_TRUE(CAtomicFile::Read(path_, text));
         return text;
     }
-    std::string dir_;
-    std::string path_;
+    std::string dir_ = irtest::TempDir();
+    std::string path_ = dir_ + "/state.json";
 };
 
 TEST_F(AtomicFile, ReplacesTheContentAndLeavesNothingElse) {
@@ -57,7 +40,7 @@ TEST_F(AtomicFile, ReplacesTheContentAndLeavesNothingElse) {
     ASSERT_TRUE(CAtomicFile::Write(path_, "old", error)) << error;
     ASSERT_TRUE(CAtomicFile::Write(path_, "new and longer", error)) << error;
     EXPECT_EQ(Content(), "new and longer");
-    EXPECT_EQ(Entries(), std::vector<std::string>{"state.json"});
+    EXPECT_EQ(Entries(), std::vector<std::string>{path_});
 }
 
 TEST_F(AtomicFile, PassesEveryStepInOrder) {
@@ -96,8 +79,8 @@ TEST_F(AtomicFile, KilledAtAnyStepLeavesTheOldOrTheNewFile) {
         ASSERT_TRUE(WIFSIGNALED(status)) << "step " << static_cast<int>(c.step);
         EXPECT_EQ(Content(), c.expectNew ? after : before) << "step " << static_cast<int>(c.step);
         // A leftover temporary file may stay beside it; it is never the file itself.
-        for (const std::string& name : Entries()) {
-            if (name != "state.json") ::unlink((dir_ + "/" + name).c_str());
+        for (const std::string& path : Entries()) {
+            if (path != path_) ::unlink(path.c_str());
         }
     }
 }
@@ -112,7 +95,7 @@ TEST_F(AtomicFile, AFailedWriteSaysWhichFileAndKeepsTheOldOne) {
     ASSERT_EQ(::mkdir((dir_ + "/taken").c_str(), 0700), 0);
     EXPECT_FALSE(CAtomicFile::Write(dir_ + "/taken", "new", error));
     ::rmdir((dir_ + "/taken").c_str());
-    EXPECT_EQ(Entries(), std::vector<std::string>{"state.json"});
+    EXPECT_EQ(Entries(), std::vector<std::string>{path_});
     EXPECT_EQ(Content(), "old");
 }
 

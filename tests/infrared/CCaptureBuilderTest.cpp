@@ -8,52 +8,56 @@ namespace {
 
 using Durations = std::vector<std::uint32_t>;
 
-TEST(CCaptureBuilderTest, EndsAtALongSpaceKeepingTheLastMark) {
-    CCaptureBuilder builder(10000);
-    EXPECT_FALSE(builder.Space(3000));  // leading silence is nobody's
-    EXPECT_FALSE(builder.Mark(500));
-    EXPECT_FALSE(builder.Space(9999));
-    EXPECT_FALSE(builder.Mark(500));
-    EXPECT_FALSE(builder.Space(6000));
-    const auto done = builder.Space(4000);  // two samples that add up to the end space
-    ASSERT_TRUE(done);
-    EXPECT_EQ(done->durations, (Durations{500, 9999, 500}));
-    EXPECT_EQ(done->startUs, 3000u);
-    EXPECT_FALSE(builder.Collecting());
-    EXPECT_FALSE(builder.End()) << "nothing left over";
+// Samples given in turn: 'M'ark, 'S'pace, 'C'arrier, 'D'iscard, 'E'nd; the captures they close.
+std::vector<Capture> Feed(CCaptureBuilder& builder, const std::vector<std::pair<char, std::uint32_t>>& samples) {
+    std::vector<Capture> out;
+    for (const auto& [kind, value] : samples) {
+        std::optional<Capture> done;
+        if (kind == 'M') done = builder.Mark(value);
+        if (kind == 'S') done = builder.Space(value);
+        if (kind == 'C') builder.Carrier(value);
+        if (kind == 'D') builder.Discard();
+        if (kind == 'E') done = builder.End();
+        if (done) out.push_back(*done);
+    }
+    return out;
 }
 
-TEST(CCaptureBuilderTest, MergesSplitSamplesAndIgnoresEmptyMarks) {
-    CCaptureBuilder builder;
-    builder.Mark(100);
-    builder.Mark(0);
-    builder.Mark(200);
-    builder.Space(50);
-    builder.Space(50);
-    builder.Mark(300);
-    EXPECT_EQ(builder.End()->durations, (Durations{300, 100, 300}));
-}
-
-TEST(CCaptureBuilderTest, CarrierBelongsToTheCaptureItArrivedIn) {
-    CCaptureBuilder builder;
-    builder.Mark(100);
-    builder.Carrier(38000);
-    EXPECT_EQ(builder.End()->carrier, 38000u);
-    builder.Mark(100);
-    EXPECT_EQ(builder.End()->carrier, 0u);
-}
-
-TEST(CCaptureBuilderTest, DiscardDropsThePressUnderWayOnly) {
-    CCaptureBuilder builder;
-    builder.Mark(100);
-    builder.Space(100);
-    builder.Discard();
-    EXPECT_FALSE(builder.Collecting());
-    builder.Mark(700);
-    const auto done = builder.End();
-    ASSERT_TRUE(done);
-    EXPECT_EQ(done->durations, (Durations{700}));
-    EXPECT_EQ(done->startUs, 200u) << "the clock keeps running through lost samples";
+TEST(CCaptureBuilderTest, CutsMergesAndTimesCaptures) {
+    struct Case {
+        const char* name;
+        std::vector<std::pair<char, std::uint32_t>> samples;
+        std::vector<Capture> captures;  // durations, carrier, start
+    } cases[] = {
+        // Leading silence is nobody's; two spaces that add up to the end space end it.
+        {"ends at a long space keeping the last mark",
+         {{'S', 3000}, {'M', 500}, {'S', 9999}, {'M', 500}, {'S', 6000}, {'S', 4000}},
+         {{{500, 9999, 500}, 0, 3000}}},
+        {"split samples merged, empty marks ignored",
+         {{'M', 100}, {'M', 0}, {'M', 200}, {'S', 50}, {'S', 50}, {'M', 300}, {'E', 0}},
+         {{{300, 100, 300}, 0, 0}}},
+        {"a carrier belongs to the capture it arrived in",
+         {{'M', 100}, {'C', 38000}, {'E', 0}, {'M', 100}, {'E', 0}},
+         {{{100}, 38000, 0}, {{100}, 0, 100}}},
+        // The clock keeps running through lost samples.
+        {"discard drops the press under way only",
+         {{'M', 100}, {'S', 100}, {'D', 0}, {'M', 700}, {'E', 0}},
+         {{{700}, 0, 200}}},
+        {"huge samples saturate instead of wrapping",
+         {{'M', 0xfffffff0u}, {'M', 0x100u}, {'E', 0}},
+         {{{0xffffffffu}, 0, 0}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CCaptureBuilder builder(10000);
+        const auto captures = Feed(builder, c.samples);
+        ASSERT_EQ(captures.size(), c.captures.size());
+        for (std::size_t i = 0; i < captures.size(); ++i) {
+            EXPECT_EQ(std::tie(captures[i].durations, captures[i].carrier, captures[i].startUs),
+                      std::tie(c.captures[i].durations, c.captures[i].carrier, c.captures[i].startUs));
+        }
+        EXPECT_FALSE(builder.Collecting());
+    }
 }
 
 TEST(CCaptureBuilderTest, AnEndlessBurstIsBoundedAndStillEnds) {
@@ -66,13 +70,6 @@ TEST(CCaptureBuilderTest, AnEndlessBurstIsBoundedAndStillEnds) {
     ASSERT_TRUE(done);
     EXPECT_LE(done->durations.size(), CCaptureBuilder::kMaxDurations);
     EXPECT_EQ(done->durations.size() % 2, 1u);
-}
-
-TEST(CCaptureBuilderTest, HugeSamplesSaturateInsteadOfWrapping) {
-    CCaptureBuilder builder(0xffffffffu);
-    builder.Mark(0xfffffff0u);
-    builder.Mark(0x100u);
-    EXPECT_EQ(builder.End()->durations, (Durations{0xffffffffu}));
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "ImportSupport.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "infrared/import/CCodesetImporter.h"
@@ -62,21 +64,19 @@ TEST(CCodesetExporter, FlipperExportsImportBackToTheSameCodeset) {
         EXPECT_TRUE(report.refused.empty()) << name;
         const auto back = irtest::Library({report.codesets[0].json});
         const Codeset& again = back->Codesets()[0];
-        ASSERT_EQ(again.keys.size(), original.keys.size()) << name;
-        for (std::size_t i = 0; i < original.keys.size(); ++i) {
-            const CodesetKey* key = again.FindKey(original.keys[i].code);
-            ASSERT_NE(key, nullptr) << name << " " << original.keys[i].name;
-            EXPECT_EQ(key->name, original.keys[i].name);
-            EXPECT_EQ(key->protocol, original.keys[i].protocol) << name << " " << key->name;
-            EXPECT_EQ(key->scancode, original.keys[i].scancode) << name << " " << key->name;
-            EXPECT_EQ(key->raw, original.keys[i].raw) << name << " " << key->name;
-        }
-        ASSERT_EQ(again.states.size(), original.states.size());
-        for (std::size_t i = 0; i < original.states.size(); ++i) {
-            EXPECT_EQ(again.states[i].frame.name, original.states[i].frame.name);
-            EXPECT_EQ(again.states[i].mode, original.states[i].mode);
-            EXPECT_EQ(again.states[i].frame.raw, original.states[i].frame.raw);
-        }
+        const auto keys = [](const Codeset& c) {
+            std::vector<std::tuple<int, std::string, Protocol, std::uint64_t, std::vector<std::uint32_t>>> out;
+            for (const auto& k : c.keys) out.emplace_back(k.code, k.name, k.protocol, k.scancode, k.raw);
+            std::sort(out.begin(), out.end());
+            return out;
+        };
+        const auto states = [](const Codeset& c) {
+            std::vector<std::tuple<std::string, std::string, std::vector<std::uint32_t>>> out;
+            for (const auto& s : c.states) out.emplace_back(s.frame.name, s.mode, s.frame.raw);
+            return out;
+        };
+        EXPECT_EQ(keys(again), keys(original)) << name;
+        EXPECT_EQ(states(again), states(original)) << name;
     }
 }
 

@@ -45,12 +45,13 @@ private:
 
 const std::string kPress = "pulse 9000\nspace 4500\npulse 560\n";
 
-TEST(CFifoReceiverTest, OpensAsALiveReceiverWithoutAWriter) {
+TEST(CFifoReceiverTest, OpensAsALiveReceiverWithoutAWriterAndRefusesAMissingPipe) {
     const std::string path = Pipe();
     const auto receiver = OpenReceiver(path);
     EXPECT_TRUE(receiver->Live());
     EXPECT_EQ(receiver->Describe(), path);
     EXPECT_EQ(receiver->Next(milliseconds(50)), std::nullopt) << "nobody writes: nothing, in time";
+    EXPECT_THROW(CFifoReceiver(irtest::TempDir() + "/no-such.fifo"), CReceiveError);
 }
 
 TEST(CFifoReceiverTest, CapturesEndBySilenceOrByTheWriterLeaving) {
@@ -103,11 +104,6 @@ TEST(CFifoReceiverTest, RefusesBadTextWithPipeAndLineAndReadsOn) {
         ASSERT_TRUE(capture) << "the press after the bad text is read";
         EXPECT_EQ(capture->durations, (Durations{9000, 4500, 560}));
     }
-}
-
-TEST(CFifoReceiverTest, AMissingPipeIsAClearError) {
-    const std::string path = irtest::TempDir() + "/no-such.fifo";
-    EXPECT_THROW(CFifoReceiver receiver(path), CReceiveError);
 }
 
 }  // namespace

@@ -118,10 +118,8 @@ TEST_P(CKeyDecoderGridTest, FramesDecodeBackToTheScancodeSent) {
                             match->toggle == (toggles ? std::optional<bool>(toggle) : std::nullopt);
             if (!ok && ++failures <= 5) {
                 examples << "\n  0x" << std::hex << sc << std::dec << " scale " << how.scale << " stretch " << how.stretch
-                         << " -> "
-                         << (match ? std::string(ProtocolName(match->protocol)) + " 0x" +
-                                         [&] { std::ostringstream s; s << std::hex << match->scancode; return s.str(); }()
-                                   : std::string("nothing"));
+                         << " -> " << (match ? ProtocolName(match->protocol) : "nothing") << " 0x" << std::hex
+                         << (match ? match->scancode : 0) << std::dec;
             }
         }
     }
@@ -153,17 +151,8 @@ TEST(CKeyDecoderTest, AliasesAreReportedInTheKernelsLayout) {
         const auto train = CKeyEncoder::Encode(c.sent, c.scancode, false, 0, 38000, 33);
         const auto match = CKeyDecoder::DecodeAt(train.durations, 0, 0, std::nullopt);
         ASSERT_TRUE(match) << ProtocolName(c.sent);
-        EXPECT_EQ(match->protocol, c.protocol) << ProtocolName(c.sent);
-        EXPECT_EQ(match->scancode, c.expected) << ProtocolName(c.sent);
+        EXPECT_EQ(std::tie(match->protocol, match->scancode), std::tie(c.protocol, c.expected)) << ProtocolName(c.sent);
     }
-}
-
-TEST(CKeyDecoderTest, NecRepeatFrameIsARepeat) {
-    const std::vector<std::uint32_t> ditto{9000, 2250, 563};
-    const auto match = CKeyDecoder::DecodeFrame(ditto);
-    ASSERT_TRUE(match);
-    EXPECT_EQ(match->protocol, Protocol::Nec);
-    EXPECT_TRUE(match->repeat);
 }
 
 // Frames that break a protocol's own checks, or are cut short, are not that protocol's keys (a

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 
@@ -34,80 +35,70 @@ std::uint64_t NecCode(std::uint32_t a, std::uint32_t na, std::uint32_t c, std::u
     return a | na << 8 | c << 16 | static_cast<std::uint64_t>(nc) << 24;  // REVERSE: first bit is bit 0
 }
 
-const char kNecTiming[] =
-    "  flags SPACE_ENC|CONST_LENGTH|REVERSE\n  eps 30\n  aeps 100\n  header 9000 4500\n"
-    "  one 563 1688\n  zero 563 563\n  ptrail 563\n  gap 108000\n";
+// A lircd.conf remote's parameters (without its codes), from the protocol's published timings.
+std::string Remote(unsigned bits, const char* flags, const std::vector<const char*>& lines) {
+    std::string out = "  bits " + std::to_string(bits) + "\n  flags " + flags + "\n  eps 30\n  aeps 100\n";
+    for (const char* line : lines) out += std::string("  ") + line + "\n";
+    return out;
+}
+
+const char kSpace[] = "SPACE_ENC|CONST_LENGTH|REVERSE", kPlain[] = "SPACE_ENC|REVERSE";
+const std::vector<const char*> kNec = {"header 9000 4500", "one 563 1688", "zero 563 563", "ptrail 563", "gap 108000"};
+const std::vector<const char*> kSony = {"header 2400 600", "one 1200 600", "zero 600 600", "gap 45000"};
+const std::vector<const char*> kRc5 = {"one 889 889", "zero 889 889", "plead 889", "gap 113778",
+                                       "toggle_bit_mask 0x800"};
 
 std::vector<ProtocolCase> Cases() {
+    const std::vector<std::string> one = {"KEY_POWER"}, three = {"KEY_POWER", "KEY_POWER", "KEY_POWER"};
     return {
-        {"nec", Protocol::Nec, std::string("  bits 32\n") + kNecTiming,
-         {{"KEY_POWER", 0x0408, NecCode(0x04, 0xfb, 0x08, 0xf7), {"KEY_POWER"}},
+        {"nec", Protocol::Nec, Remote(32, kSpace, kNec),
+         {{"KEY_POWER", 0x0408, NecCode(0x04, 0xfb, 0x08, 0xf7), one},
           {"KEY_MODE", 0x04f0, NecCode(0x04, 0xfb, 0xf0, 0x0f), {"KEY_MODE"}}}},
-        {"necx", Protocol::NecX, std::string("  bits 32\n") + kNecTiming,
-         {{"KEY_POWER", 0x12345a, NecCode(0x12, 0x34, 0x5a, 0xa5), {"KEY_POWER"}}}},
-        {"nec32", Protocol::Nec32, std::string("  bits 32\n") + kNecTiming,
-         // address 0x34 / 0x12 and command 0x5a / 0x78: neither byte pair is complementary
-         {{"KEY_POWER", 0x12347856, NecCode(0x34, 0x12, 0x56, 0x78), {"KEY_POWER"}}}},
-        {"sanyo", Protocol::Sanyo,
-         "  bits 42\n  flags SPACE_ENC|CONST_LENGTH|REVERSE\n  eps 30\n  aeps 100\n  header 9000 4500\n"
-         "  one 563 1688\n  zero 563 563\n  ptrail 563\n  gap 108000\n",
-         {{"KEY_POWER", 0x1c3d2, 0x1c3ULL | (0x1c3ULL ^ 0x1fff) << 13 | 0xd2ULL << 26 | (0xd2ULL ^ 0xff) << 34,
-           {"KEY_POWER"}}}},
+        {"necx", Protocol::NecX, Remote(32, kSpace, kNec),
+         {{"KEY_POWER", 0x12345a, NecCode(0x12, 0x34, 0x5a, 0xa5), one}}},
+        // address 0x34 / 0x12 and command 0x5a / 0x78: neither byte pair is complementary
+        {"nec32", Protocol::Nec32, Remote(32, kSpace, kNec),
+         {{"KEY_POWER", 0x12347856, NecCode(0x34, 0x12, 0x56, 0x78), one}}},
+        {"sanyo", Protocol::Sanyo, Remote(42, kSpace, kNec),
+         {{"KEY_POWER", 0x1c3d2, 0x1c3ULL | (0x1c3ULL ^ 0x1fff) << 13 | 0xd2ULL << 26 | (0xd2ULL ^ 0xff) << 34, one}}},
         {"jvc", Protocol::Jvc,
-         "  bits 16\n  flags SPACE_ENC|CONST_LENGTH|REVERSE\n  eps 30\n  aeps 100\n  header 8400 4200\n"
-         "  one 526 1578\n  zero 526 526\n  ptrail 526\n  gap 60000\n",
-         {{"KEY_POWER", 0x03c1, 0x03 | 0xc1 << 8, {"KEY_POWER"}}}},
+         Remote(16, kSpace, {"header 8400 4200", "one 526 1578", "zero 526 526", "ptrail 526", "gap 60000"}),
+         {{"KEY_POWER", 0x03c1, 0x03 | 0xc1 << 8, one}}},
+        // The second frame inverts command, expansion and check bits.
         {"sharp", Protocol::Sharp,
-         "  bits 15\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n"
-         "  one 320 1680\n  zero 320 680\n  ptrail 320\n  gap 40000\n",
-         // The second frame inverts command, expansion and check bits.
+         Remote(15, kPlain, {"one 320 1680", "zero 320 680", "ptrail 320", "gap 40000"}),
          {{"KEY_POWER", 0x1116, 0x11 | 0x16 << 5 | 1 << 13, {"KEY_POWER", "KEY_POWER_CHECK"}}}},
-        {"sony12", Protocol::Sony12,
-         "  bits 12\n  flags SPACE_ENC|CONST_LENGTH|REVERSE\n  eps 30\n  aeps 100\n  header 2400 600\n"
-         "  one 1200 600\n  zero 600 600\n  gap 45000\n",
-         {{"KEY_POWER", 0x010015, 0x15 | 0x01 << 7, {"KEY_POWER", "KEY_POWER", "KEY_POWER"}}}},
-        {"sony15", Protocol::Sony15,
-         "  bits 15\n  flags SPACE_ENC|CONST_LENGTH|REVERSE\n  eps 30\n  aeps 100\n  header 2400 600\n"
-         "  one 1200 600\n  zero 600 600\n  gap 45000\n",
-         {{"KEY_POWER", 0x970015, 0x15 | 0x97 << 7, {"KEY_POWER", "KEY_POWER", "KEY_POWER"}}}},
-        {"sony20", Protocol::Sony20,
-         "  bits 20\n  flags SPACE_ENC|CONST_LENGTH|REVERSE\n  eps 30\n  aeps 100\n  header 2400 600\n"
-         "  one 1200 600\n  zero 600 600\n  gap 45000\n",
-         {{"KEY_POWER", 0x1a5b15, 0x15 | 0x1a << 7 | 0x5b << 12, {"KEY_POWER", "KEY_POWER", "KEY_POWER"}}}},
-        {"rc5", Protocol::Rc5,
-         "  bits 13\n  flags RC5|CONST_LENGTH\n  eps 30\n  aeps 100\n  one 889 889\n  zero 889 889\n"
-         "  plead 889\n  gap 113778\n  toggle_bit_mask 0x800\n",
-         // S2 (inverted command bit 6), toggle 0, address, 6 command bits
-         {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, {"KEY_POWER"}},
-          {"KEY_MODE", 0x1f4c, 0u << 12 | 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
-        {"rc5x", Protocol::Rc5x,
-         "  bits 13\n  flags RC5|CONST_LENGTH\n  eps 30\n  aeps 100\n  one 889 889\n  zero 889 889\n"
-         "  plead 889\n  gap 113778\n  toggle_bit_mask 0x800\n",
-         // S2 = 0 carries the command's seventh bit
-         {{"KEY_POWER", 0x1350, 0u << 12 | 0x13 << 6 | 0x10, {"KEY_POWER"}}}},
-        {"nec42", Protocol::Nec42, std::string("  bits 42\n") + kNecTiming,
-         // 26-bit address 0x1234567 and command 0xbeef, no complements
-         {{"KEY_POWER", 0x1234567beefULL, 0x1234567ULL | 0xbeefULL << 26, {"KEY_POWER"}}}},
+        {"sony12", Protocol::Sony12, Remote(12, kSpace, kSony), {{"KEY_POWER", 0x010015, 0x15 | 0x01 << 7, three}}},
+        {"sony15", Protocol::Sony15, Remote(15, kSpace, kSony), {{"KEY_POWER", 0x970015, 0x15 | 0x97 << 7, three}}},
+        {"sony20", Protocol::Sony20, Remote(20, kSpace, kSony),
+         {{"KEY_POWER", 0x1a5b15, 0x15 | 0x1a << 7 | 0x5b << 12, three}}},
+        // S2 (inverted command bit 6), toggle 0, address, 6 command bits
+        {"rc5", Protocol::Rc5, Remote(13, "RC5|CONST_LENGTH", kRc5),
+         {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, one},
+          {"KEY_MODE", 0x1f4c, 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
+        // S2 = 0 carries the command's seventh bit
+        {"rc5x", Protocol::Rc5x, Remote(13, "RC5|CONST_LENGTH", kRc5), {{"KEY_POWER", 0x1350, 0x13 << 6 | 0x10, one}}},
+        // 26-bit address 0x1234567 and command 0xbeef, no complements
+        {"nec42", Protocol::Nec42, Remote(42, kSpace, kNec),
+         {{"KEY_POWER", 0x1234567beefULL, 0x1234567ULL | 0xbeefULL << 26, one}}},
+        // vendor 0x3254, genres 4 and 1, command 0x1b: bytes 54 32 40 b1 01 f0 on air
         {"kaseikyo", Protocol::Kaseikyo,
-         "  bits 48\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n  header 3456 1728\n"
-         "  one 432 1296\n  zero 432 432\n  ptrail 432\n  gap 130000\n",
-         // vendor 0x3254, genres 4 and 1, command 0x1b: bytes 54 32 40 b1 01 f0 on air
-         {{"KEY_POWER", 0x325441001bULL, 0xf001b1403254ULL, {"KEY_POWER"}}}},
+         Remote(48, kPlain, {"header 3456 1728", "one 432 1296", "zero 432 432", "ptrail 432", "gap 130000"}),
+         {{"KEY_POWER", 0x325441001bULL, 0xf001b1403254ULL, one}}},
+        // address 0xf, command 0x54, then both inverted
         {"rca", Protocol::Rca,
-         "  bits 24\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n  header 4000 4000\n"
-         "  one 500 2000\n  zero 500 1000\n  ptrail 500\n  gap 8000\n",
-         // address 0xf, command 0x54, then both inverted
-         {{"KEY_POWER", 0xf54, 0xf | 0x54 << 4 | 0x0 << 12 | 0xab << 16, {"KEY_POWER"}}}},
+         Remote(24, kPlain, {"header 4000 4000", "one 500 2000", "zero 500 1000", "ptrail 500", "gap 8000"}),
+         {{"KEY_POWER", 0xf54, 0xf | 0x54 << 4 | 0xab << 16, one}}},
+        // two frames per press
         {"pioneer", Protocol::Pioneer,
-         "  bits 32\n  flags SPACE_ENC|REVERSE\n  eps 30\n  aeps 100\n  header 8500 4225\n"
-         "  one 500 1500\n  zero 500 500\n  ptrail 500\n  gap 26000\n",
-         // two frames per press
+         Remote(32, kPlain, {"header 8500 4225", "one 500 1500", "zero 500 500", "ptrail 500", "gap 26000"}),
          {{"KEY_POWER", 0xaf36, NecCode(0xaf, 0x50, 0x36, 0xc9), {"KEY_POWER", "KEY_POWER"}}}},
+        // lircd keeps RC-6 codes with every bit inverted (it reads a 1 as space-then-mark).
         {"rc6_0", Protocol::Rc6Mode0,
-         "  bits 21\n  flags RC6|CONST_LENGTH\n  eps 30\n  aeps 100\n  header 2664 888\n"
-         "  one 444 444\n  zero 444 444\n  rc6_mask 0x10000\n  gap 107000\n  toggle_bit_mask 0x10000\n",
-         // lircd keeps RC-6 codes with every bit inverted (it reads a 1 as space-then-mark).
-         {{"KEY_POWER", 0x800c, ~(1u << 20 | 0x800c) & 0x1fffff, {"KEY_POWER"}}}},
+         Remote(21, "RC6|CONST_LENGTH",
+                {"header 2664 888", "one 444 444", "zero 444 444", "rc6_mask 0x10000", "gap 107000",
+                 "toggle_bit_mask 0x10000"}),
+         {{"KEY_POWER", 0x800c, ~(1u << 20 | 0x800c) & 0x1fffff, one}}},
     };
 }
 
@@ -138,7 +129,11 @@ TEST_P(CKeyEncoderDecodeTest, IrsimreceiveDecodesTheKeySent) {
             t.codeset = c.name;
             t.what = key.key;
             t.emitter = 1;
-            t.train = CKeyEncoder::Encode(c.protocol, key.scancode, false, 0, 38000, 33);
+            t.train = CKeyEncoder::Encode(c.protocol, key.scancode, false, 0, 38000, 50);
+            EXPECT_EQ(std::tie(t.train.carrier, t.train.dutyCycle), std::make_tuple(38000u, 50u));
+            EXPECT_EQ(t.train.durations.size() % 2, 1u);
+            EXPECT_GT(t.train.trailingGap, 2000u);
+            EXPECT_EQ(std::count(t.train.durations.begin(), t.train.durations.end(), 0u), 0);
             sink.Transmit(t);
         }
         const irtest::Decoded decoded = irtest::IrsimReceive(Conf(c), file);
@@ -157,19 +152,6 @@ TEST(CKeyEncoderTest, ToggleFlipsOnlyTheToggleBitOfRc5AndRc6) {
         EXPECT_NE(off.durations, on.durations) << ProtocolName(protocol);
         EXPECT_EQ(off.OnAirMicroseconds() + off.trailingGap, on.OnAirMicroseconds() + on.trailingGap)
             << ProtocolName(protocol) << ": the frame period must not depend on the toggle";
-    }
-}
-
-TEST(CKeyEncoderTest, TrainsStartAndEndWithAPulseAndKeepTheGap) {
-    for (const auto& c : Cases()) {
-        const auto train = CKeyEncoder::Encode(c.protocol, c.keys[0].scancode, false, 1, 38000, 50);
-        SCOPED_TRACE(c.name);
-        ASSERT_FALSE(train.durations.empty());
-        EXPECT_EQ(train.durations.size() % 2, 1u);
-        EXPECT_GT(train.trailingGap, 2000u);
-        EXPECT_EQ(train.carrier, 38000u);
-        EXPECT_EQ(train.dutyCycle, 50u);
-        for (const auto d : train.durations) EXPECT_GT(d, 0u);
     }
 }
 

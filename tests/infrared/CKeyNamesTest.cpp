@@ -50,13 +50,10 @@ TEST(CKeyNames, AirConditionerNamesSayStates) {
         AcStateEntry state;
         ASSERT_EQ(CKeyNames::ReadStateName(c.name, state), c.state) << c.name;
         if (!c.state) continue;
-        EXPECT_EQ(state.power, c.power) << c.name;
-        EXPECT_EQ(state.mode, c.mode) << c.name;
-        EXPECT_EQ(state.fan, c.fan) << c.name;
-        EXPECT_EQ(state.hasSetpoint, c.setpoint != 0) << c.name;
-        if (c.setpoint != 0) {
-            EXPECT_EQ(state.setpoint, c.setpoint) << c.name;
-        }
+        EXPECT_EQ(std::tie(state.power, state.mode, state.fan, state.hasSetpoint),
+                  std::make_tuple(c.power, c.mode, c.fan, c.setpoint != 0))
+            << c.name;
+        EXPECT_TRUE(c.setpoint == 0 || state.setpoint == c.setpoint) << c.name;
     }
 }
 

@@ -27,21 +27,13 @@ TEST(CLircdConf, ReadsCodedAndRawRemotes) {
     const auto remotes = CLircdConf::Parse(kRemote, "f.conf");
     ASSERT_EQ(remotes.size(), 2u);
     const LircRemote& r = remotes[0];
-    EXPECT_EQ(r.name, "Fan");
-    EXPECT_EQ(r.line, 2u);
-    EXPECT_EQ(r.encoding, LircRemote::Encoding::Space);
-    EXPECT_TRUE(r.constLength);
-    EXPECT_TRUE(r.reverse);
-    EXPECT_EQ(r.AllBits(), 32u);
-    EXPECT_EQ(r.preData, 0x10EFu);
-    EXPECT_EQ(r.header.pulse, 9000u);
-    EXPECT_EQ(r.repeat.space, 2250u);
-    EXPECT_EQ(r.minRepeat, 1u);
-    EXPECT_EQ(r.dutyCycle, 33u);
+    EXPECT_EQ(std::make_tuple(r.name, r.line, r.encoding, r.constLength, r.reverse, r.AllBits(), r.preData),
+              std::make_tuple("Fan", 2u, LircRemote::Encoding::Space, true, true, 32u, 0x10EFu));
+    EXPECT_EQ(std::make_tuple(r.header.pulse, r.repeat.space, r.minRepeat, r.dutyCycle),
+              std::make_tuple(9000u, 2250u, 1u, 33u));
     ASSERT_EQ(r.buttons.size(), 2u);
-    EXPECT_EQ(r.buttons[1].name, "SPEED+");
-    EXPECT_EQ(r.buttons[1].line, 22u);
-    EXPECT_EQ(r.buttons[1].codes, (std::vector<std::uint64_t>{0x807F, 0x40BF}));
+    EXPECT_EQ(std::tie(r.buttons[1].name, r.buttons[1].line, r.buttons[1].codes),
+              std::make_tuple("SPEED+", 22u, std::vector<std::uint64_t>{0x807F, 0x40BF}));
     const LircRemote& raw = remotes[1];
     EXPECT_EQ(raw.encoding, LircRemote::Encoding::Raw);
     ASSERT_EQ(raw.buttons.size(), 2u);
@@ -53,20 +45,13 @@ TEST(CLircdConf, WrittenFileReadsBackTheSameRemotes) {
     const auto again = CLircdConf::Parse(CLircdConf::Write(remotes), "again.conf");
     ASSERT_EQ(again.size(), remotes.size());
     for (std::size_t i = 0; i < remotes.size(); ++i) {
-        EXPECT_EQ(again[i].name, remotes[i].name);
-        EXPECT_EQ(again[i].encoding, remotes[i].encoding);
-        EXPECT_EQ(again[i].constLength, remotes[i].constLength);
-        EXPECT_EQ(again[i].reverse, remotes[i].reverse);
-        EXPECT_EQ(again[i].preData, remotes[i].preData);
-        EXPECT_EQ(again[i].gap, remotes[i].gap);
-        EXPECT_EQ(again[i].minRepeat, remotes[i].minRepeat);
-        EXPECT_EQ(again[i].repeat.pulse, remotes[i].repeat.pulse);
-        ASSERT_EQ(again[i].buttons.size(), remotes[i].buttons.size());
-        for (std::size_t b = 0; b < remotes[i].buttons.size(); ++b) {
-            EXPECT_EQ(again[i].buttons[b].name, remotes[i].buttons[b].name);
-            EXPECT_EQ(again[i].buttons[b].codes, remotes[i].buttons[b].codes);
-            EXPECT_EQ(again[i].buttons[b].durations, remotes[i].buttons[b].durations);
-        }
+        const auto members = [](const LircRemote& r) {
+            std::vector<std::tuple<std::string, std::vector<std::uint64_t>, std::vector<std::uint32_t>>> buttons;
+            for (const auto& b : r.buttons) buttons.emplace_back(b.name, b.codes, b.durations);
+            return std::make_tuple(r.name, r.encoding, r.constLength, r.reverse, r.preData, r.gap, r.minRepeat,
+                                   r.repeat.pulse, r.header.pulse, r.dutyCycle, buttons);
+        };
+        EXPECT_EQ(members(again[i]), members(remotes[i]));
     }
 }
 

@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <random>
 #include <sstream>
 
+#include "FileTree.h"
 #include "IrsimReceive.h"
 #include "infrared/encode/CKeyEncoder.h"
 #include "infrared/formats/CFormatError.h"
@@ -91,7 +91,6 @@ TEST(CMode2TextTest, TellsMode2FromOtherTexts) {
     EXPECT_FALSE(CMode2Text::Looks("0000 006D 0000 0001 0010 0010\n"));
     EXPECT_FALSE(CMode2Text::Looks("Filetype: IR signals file\n"));
     EXPECT_FALSE(CMode2Text::Looks("# only a comment\n"));
-
 }
 
 // Each transmission the dry-run sink writes reads back as one capture with its pulses exactly,
@@ -111,10 +110,7 @@ TEST(CMode2TextTest, ReadsOneCapturePerDryRunTransmission) {
             sink.Transmit(t);
         }
     }
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    const auto captures = CMode2Text::Parse(text.str(), path);
+    const auto captures = CMode2Text::Parse(irtest::ReadText(path), path);
     ASSERT_EQ(captures.size(), sent.size());
     for (std::size_t i = 0; i < sent.size(); ++i) EXPECT_EQ(captures[i].durations, sent[i]) << i;
 }
