@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -38,6 +39,8 @@ public:
     WebReply Start(const common::json::JsonValue& body);
     // 200 when a running learn was told to stop (it ends with a "failed" step, "cancelled"); 409 if none runs.
     WebReply Cancel();
+    // Where the next learn reads and writes (a reloaded configuration); any thread.
+    void SetOptions(const WebLearnOptions& options);
 
     static constexpr int kDefaultWaitMs = 30000;
     static constexpr int kMaxWaitMs = 600000;
@@ -48,7 +51,9 @@ private:
     void publish(const LearnJob& job, const LearnStep& step);
     void saved(common::json::JsonValue event);  // the request worker: reload, then tell
 
-    WebLearnOptions options_;
+    mutable std::mutex optionsMutex_;
+    WebLearnOptions options_;  // under optionsMutex_
+    WebLearnOptions options() const;
     CJobRunner& runner_;
     CRequestRecorder& recorder_;
     CPlatformSetup& setup_;
