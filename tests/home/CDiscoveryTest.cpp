@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 
 #include "JsonValue.h"
 
@@ -16,33 +15,6 @@ std::map<std::string, JsonValue> ByTopic(const std::vector<MqttMessage>& message
     std::map<std::string, JsonValue> out;
     for (const auto& m : messages) out.emplace(m.topic, JsonValue::Create(m.payload));
     return out;
-}
-
-// The members Home Assistant needs for each component, and the ones every entity here carries.
-TEST(HomeDiscovery, EveryConfigCarriesWhatHomeAssistantRequires) {
-    HomeConfig config;
-    config.clientId = "den";
-    const auto configs = ByTopic(CDiscovery(config).Configs(CPlatformSetup()));
-    std::set<std::string> uniqueIds;
-    std::map<std::string, std::size_t> components;
-    for (const auto& [topic, c] : configs) {
-        ASSERT_EQ(c.type(), common::json::kObject) << topic;
-        const std::string component = topic.substr(14, topic.find('/', 14) - 14);  // after "homeassistant/"
-        ++components[component];
-        std::vector<const char*> members = {"name", "unique_id", "device", "availability"};
-        const std::vector<const char*> own = component == "button"
-            ? std::vector<const char*>{"command_topic", "payload_press"}
-            : std::vector<const char*>{"mode_command_topic", "temperature_command_topic", "fan_mode_command_topic",
-                                       "mode_state_topic", "modes", "fan_modes", "min_temp", "max_temp"};
-        members.insert(members.end(), own.begin(), own.end());
-        for (const char* member : members) EXPECT_TRUE(c.isMember(member)) << topic << " lacks " << member;
-        EXPECT_TRUE(uniqueIds.insert(c["unique_id"].asString()).second) << "unique_id twice: " << topic;
-        EXPECT_EQ(c["availability"][0]["topic"].asString(), "ircontrol/status");
-        // <prefix>/<component>/<node>/<object>/config
-        EXPECT_EQ(topic, "homeassistant/" + component + "/den/" + c["unique_id"].asString().substr(4) + "/config");
-    }
-    // fan, purifier, humidifier: six keys each; cleaner: three; one air conditioner
-    EXPECT_EQ(components, (std::map<std::string, std::size_t>{{"button", 6u * 3 + 3}, {"climate", 1u}}));
 }
 
 // A key is named from the key map and pressed by that name, else by its code; a codeset that

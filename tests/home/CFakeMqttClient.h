@@ -1,6 +1,6 @@
-// An IMqttClient without a broker for the door's tests: records what is published and
-// subscribed, and lets a test connect, drop the connection (publishes then fail, as on a broken
-// link) and deliver messages as the network thread would. Thread-safe once its handlers are set.
+// An IMqttClient without a broker for the door's tests: records what is published, and lets a
+// test connect, drop the connection (publishes then fail, as on a broken link) and deliver
+// messages as the network thread would. Thread-safe once its handlers are set.
 #pragma once
 
 #include <mutex>
@@ -28,9 +28,7 @@ public:
     bool Publish(const std::string& topic, const std::string& payload, bool retain) override {
         return record([&] { published_.push_back({topic, payload, retain}); });
     }
-    bool Subscribe(const std::string& pattern) override {
-        return record([&] { subscriptions_.push_back(pattern); });
-    }
+    bool Subscribe(const std::string&) override { return record([] {}); }
     void Stop() override { Drop(); }
 
     void Connect() {  // the connection is up: runs the connected handler
@@ -42,10 +40,6 @@ public:
     std::vector<Published> Take() {  // what was published since the last Take()
         const std::lock_guard<std::mutex> lock(mutex_);
         return std::exchange(published_, {});
-    }
-    std::vector<std::string> Subscriptions() const {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return subscriptions_;
     }
 
 private:
@@ -60,12 +54,11 @@ private:
         up_ = up;
     }
 
-    mutable std::mutex mutex_;
+    std::mutex mutex_;
     OnConnected connected_;
     OnMessage message_;
     bool up_ = false;
     std::vector<Published> published_;
-    std::vector<std::string> subscriptions_;
 };
 
 }  // namespace ircontrol::host

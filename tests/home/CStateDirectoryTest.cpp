@@ -32,17 +32,15 @@ protected:
         dir_ = pattern;
     }
     void TearDown() override { EXPECT_EQ(std::system(("rm -rf " + dir_).c_str()), 0); }
-    std::string Put(const std::string& name, const std::string& text) {
-        std::string error;
-        EXPECT_TRUE(CAtomicFile::Write(dir_ + "/" + name, text, error)) << error;
-        return text;
+    void Put(const std::string& name, const std::string& text) {
+        ASSERT_TRUE(CAtomicFile::Write(dir_ + "/" + name, text, error_)) << error_;
     }
     std::string Get(const std::string& name) {
         std::string text;
-        CAtomicFile::Read(dir_ + "/" + name, text);
-        return text;
+        return CAtomicFile::Read(dir_ + "/" + name, text) ? text : "(unreadable)";
     }
     std::string dir_;
+    std::string error_;
 };
 
 TEST_F(StateDirectory, WhatIsSavedIsWhatTheNextStartReadsAndAFailedSaveKeepsIt) {

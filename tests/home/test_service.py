@@ -51,6 +51,7 @@ class RunningService(unittest.TestCase):
             members = BUTTON_MEMBERS if parts[1] == "button" else CLIMATE_MEMBERS
             self.assertLessEqual(members, set(config), topic)
             self.assertEqual(config["availability"][0]["topic"], "ircontrol/status")
+        self.assertEqual(len({c["unique_id"] for c in configs.values()}), len(configs))
         climate = next(c for t, c in configs.items() if "/climate/" in t)
         self.assertEqual(climate["modes"][0], "off")
         self.assertEqual((climate["min_temp"], climate["max_temp"]), (16, 31))
