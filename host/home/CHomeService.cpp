@@ -122,6 +122,9 @@ bool CHomeService::Run(std::string& error) {
         if (state_ && !state_->SavePairing(setup_.PairingText(), failure)) log("state: " + failure);
     };
     web.reload = [this] { reload(); };
+    web.learned = [this] {
+        if (door_) door_->KeyMapsChanged();
+    };
     CWebServer server(web, session_, setup_);
     if (!server.Listen(error)) return false;
     server_ = &server;
@@ -167,7 +170,7 @@ void CHomeService::apply(const HomeConfig& next, const Options& merged, const Mq
         if (changed) log(std::string("reload: ") + what + " changed, which takes a restart");
     }
     applyMqtt(next, settings);
-    if (door_) door_->PairingChanged();  // key maps may have changed: discovery again
+    if (door_) door_->KeyMapsChanged();
     log("reload: done; codesets " + (platform.codesetsFile.empty() ? "embedded" : platform.codesetsFile) +
         (platform.irDevice.empty() ? "" : ", transmitter " + platform.irDevice) +
         (config_.broker.empty() ? ", no MQTT" : ", mqtt " + config_.broker + " base topic " + config_.baseTopic));

@@ -40,6 +40,8 @@ public:
     void Attach();
     // Worker thread: the pairing list was replaced (web page or MQTT); keeps it and re-announces.
     void PairingChanged();
+    // Worker thread: the key maps changed (a learned key, a reload); announces them again.
+    void KeyMapsChanged() { announce(); }
     // Worker thread: a request answered ok told `codeset` this state; its retained state follows.
     void AcStateAnswered(const std::string& codeset, const AcState& state);
     // Worker thread, before the client stops for new settings: takes back (empty retained

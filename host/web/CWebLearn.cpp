@@ -33,8 +33,8 @@ JsonValue FrameJson(const infrared::DecodedFrame& frame) {
 }  // namespace
 
 CWebLearn::CWebLearn(const WebLearnOptions& options, CJobRunner& runner, CRequestRecorder& recorder,
-                     CPlatformSetup& setup)
-    : options_(options), runner_(runner), recorder_(recorder), setup_(setup) {}
+                     CPlatformSetup& setup, std::function<void()> learned)
+    : options_(options), runner_(runner), recorder_(recorder), setup_(setup), learned_(std::move(learned)) {}
 
 CWebLearn::~CWebLearn() {
     if (learner_) learner_->Cancel();
@@ -176,6 +176,7 @@ void CWebLearn::saved(JsonValue event) {
     if (!reloaded) event["reloadError"] = error;
     recorder_.Announce(std::move(event));
     if (!reloaded) return;
+    if (learned_) learned_();
     JsonValue devices;
     devices["type"] = "devices";
     devices["count"] = static_cast<int>(setup_.Devices().size());

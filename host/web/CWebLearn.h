@@ -7,6 +7,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -28,7 +29,9 @@ struct WebLearnOptions {
 
 class CWebLearn {
 public:
-    CWebLearn(const WebLearnOptions& options, CJobRunner& runner, CRequestRecorder& recorder, CPlatformSetup& setup);
+    // `learned` (may be empty) runs on the request worker after a saved learn changed the codesets.
+    CWebLearn(const WebLearnOptions& options, CJobRunner& runner, CRequestRecorder& recorder, CPlatformSetup& setup,
+              std::function<void()> learned = {});
     ~CWebLearn();
     CWebLearn(const CWebLearn&) = delete;
     CWebLearn& operator=(const CWebLearn&) = delete;
@@ -57,6 +60,7 @@ private:
     CJobRunner& runner_;
     CRequestRecorder& recorder_;
     CPlatformSetup& setup_;
+    std::function<void()> learned_;
     std::unique_ptr<CKeyLearner> learner_;  // the running or last learn's; replaced on the loop thread
     std::atomic<bool> running_{false};
     std::thread thread_;

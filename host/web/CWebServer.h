@@ -33,6 +33,7 @@ struct WebOptions {
     WebLearnOptions learn;
     std::function<void()> pairingChanged;  // worker thread, after PUT /api/devices changed the list
     std::function<void()> reload;          // loop thread, on SIGHUP (not caught when empty)
+    std::function<void()> learned;         // worker thread, after a learn changed the codesets
 };
 
 class CWebServer {
