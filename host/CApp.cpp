@@ -55,8 +55,7 @@ int CApp::run() {
 }
 
 // --config: the file fills in the options the command line left out; the service reads the rest
-// of it itself.
-// Merged without a file too: the service's --state-dir decides where learned keys go.
+// of it itself. Merged without a file too: the service's --state-dir decides where learned keys go.
 bool CApp::configure(std::string& error) {
 #ifdef IRC_HOST_HOME
     HomeConfig config;
