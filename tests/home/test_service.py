@@ -286,6 +286,11 @@ class Restarts(unittest.TestCase):
             client.next(lambda t, p: p == b"online", timeout=60)
             client.close()
             self.assertEqual(sorted(retained(self.broker, "homeassistant/")), [], "".join(service.errors))  # taken back
+            # MQTT off takes everything back; on again, everything is announced again.
+            reload("\n".join(line for line in config.splitlines() if not line.startswith("broker=")), "MQTT is off")
+            self.assertEqual(retained(other, "ircontrol/"), {})
+            reload(config.replace(str(self.broker.port), str(other.port)), "reload: done")
+            self.assertEqual(len(retained(other, "homeassistant/", expect=22)), 22, "".join(service.errors))
             self.assertIsNone(service.process.poll())
         finally:
             self.assertEqual(service.stop(), 0)
