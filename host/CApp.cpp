@@ -13,7 +13,7 @@ namespace ircontrol::host {
 
 CApp::CApp(Options options, std::istream& in, std::ostream& out, std::ostream& err, bool errIsTerminal)
     : options_(std::move(options)), in_(in), out_(out), err_(err), errIsTerminal_(errIsTerminal),
-      printer_(CPrinter::Make(out, options_.json)), session_(options_.timeoutMs) {}
+      printer_(CPrinter::Make(out, options_.json)), session_(options_.timeoutMs), given_(options_) {}
 
 int CApp::fail(const std::string& reason, int status) {
     err_ << "ircontrol-host: " << reason << "\n";
@@ -50,18 +50,19 @@ int CApp::run() {
         sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(options_.irDelayMs));
     }
     if (command->needs == CommandNeeds::Plugin && !start()) return 1;
-    CommandContext context{options_, in_, out_, err_, errIsTerminal_, *printer_, session_, setup_, plugin_};
+    CommandContext context{options_, in_, out_, err_, errIsTerminal_, *printer_, session_, setup_, plugin_, given_};
     return command->run(context);
 }
 
 // --config: the file fills in the options the command line left out; the service reads the rest
-// of it itself.
+// of it itself. Merged without a file too: the service's --state-dir decides where learned keys go.
 bool CApp::configure(std::string& error) {
-    if (options_.configFile.empty()) return true;
 #ifdef IRC_HOST_HOME
     HomeConfig config;
-    return CHomeConfig::Load(options_.configFile, config, error) && CHomeConfig::Merge(options_, config, error);
+    if (!options_.configFile.empty() && !CHomeConfig::Load(options_.configFile, config, error)) return false;
+    return CHomeConfig::Merge(options_, config, error);
 #else
+    if (options_.configFile.empty()) return true;
     error = "this ircontrol-host was built without libmosquitto and libsoup-3.0, so it takes no --config";
     return false;
 #endif

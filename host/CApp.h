@@ -40,6 +40,7 @@ private:
     bool errIsTerminal_;
     std::unique_ptr<IPrinter> printer_;
     CSession session_;
+    const Options given_;  // options_ as given, before configure() merged the file in
     CPlatformSetup setup_;
     std::unique_ptr<CLogEcho> echo_;
     CPluginLibrary plugin_;  // last: stopped and unloaded first, while the echo still listens

@@ -1,5 +1,7 @@
 #include "CApplianceTypes.h"
 
+#include <algorithm>
+
 #include <iterator>
 
 #include "ServiceContract.h"
@@ -46,6 +48,17 @@ std::vector<std::string> CApplianceTypes::AcWords(const std::string& field) {
     if (field == "mode") return {std::begin(contract::kAcModeWords), std::end(contract::kAcModeWords)};
     if (field == "fan") return {std::begin(contract::kAcFanWords), std::end(contract::kAcFanWords)};
     return {};
+}
+
+std::string CApplianceTypes::AcStateProblem(const std::string& power, const std::string& mode, long long setpoint,
+                                            const std::string& fan) {
+    for (const auto& [field, word] : {std::pair{"power", &power}, {"mode", &mode}, {"fan", &fan}}) {
+        const std::vector<std::string> words = AcWords(field);
+        if (std::find(words.begin(), words.end(), *word) == words.end()) {
+            return std::string("\"") + field + "\" is not one of the service's words";
+        }
+    }
+    return setpoint < 0 || setpoint > 99 ? "\"setpoint\" is out of range" : "";
 }
 
 }  // namespace ircontrol::host

@@ -22,6 +22,10 @@ public:
     static const std::vector<int>& AllowedKeys(const std::string& type);
     // The words an air-conditioner state may carry: field "power", "mode" or "fan".
     static std::vector<std::string> AcWords(const std::string& field);
+    // "" when a state is in those words with a set point of 0 to 99 (what is kept of it reads back),
+    // else what is wrong, naming the field ("\"power\" is not one of the service's words").
+    static std::string AcStateProblem(const std::string& power, const std::string& mode, long long setpoint,
+                                      const std::string& fan);
 };
 
 }  // namespace ircontrol::host

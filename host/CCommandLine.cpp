@@ -216,11 +216,13 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
           {"broker", "mqtt://HOST[:PORT] or mqtts://HOST[:PORT] (default: none, the web remote only)"},
           {"client-id", "MQTT client id, also the Home Assistant node id (default ircontrol)"},
           {"base-topic", "the service's topics begin with it (default ircontrol)"},
-          {"state-dir", "where the pairing list and the air conditioners' last states are kept"}},
+          {"state-dir", "where the pairing list, the air conditioners' last states and learned keys are kept"}},
          "Reads --config FILE (docs/home.md); every option given here overrides the file. Topics, under the\n"
          "base topic: <codeset>/key (a key name or code), <codeset>/mode|temperature|fan_mode/set (air\n"
          "conditioners), raw (a serve line), devices/set (the pairing list); answers on result, \"online\"/\n"
-         "\"offline\" on status. SIGHUP reloads the broker settings of the configuration file.\n",
+         "\"offline\" on status. Keys learned on the page go to learned.json in the state directory.\n"
+         "SIGHUP reads the configuration file again and applies it whole (codesets, IR devices, broker,\n"
+         "credentials, topics) or not at all; the listen address and the state directory take a restart.\n",
          CommandNeeds::Plugin, RunService},
     };
     return commands;

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "JsonValue.h"
+#include "infrared/formats/CAtomicFile.h"
 #include "sim/Simulator.h"
 
 namespace ircontrol::host {
@@ -55,6 +56,25 @@ bool ReadOptionFile(const std::string& option, const std::string& path, std::str
     error = "cannot read --" + option + " file " + path + why;
     if (badPath != nullptr) *badPath = true;
     return false;
+}
+
+// The keys of learned codeset `from` into codeset `into` of the same name. A key that carries the
+// codeset's protocol or carrier implicitly keeps them explicitly where `into` differs.
+void OverlayKeys(const JsonValue& from, JsonValue& into) {
+    const JsonValue& target = into;  // const reads create no members
+    for (const std::string& name : from["keys"].getMemberNames()) {
+        JsonValue key = from["keys"][name];
+        if (key.type() != common::json::kObject) continue;
+        for (const char* member : {"protocol", "carrier", "duty_cycle"}) {
+            if (!key.isMember(member) && from.isMember(member) && !(from[member] == target[member])) {
+                key[member] = from[member];
+            }
+        }
+        for (const std::string& other : target["keys"].getMemberNames()) {
+            if (other != name && target["keys"][other]["code"] == key["code"]) into["keys"].removeMember(other);
+        }
+        into["keys"][name] = key;
+    }
 }
 
 }  // namespace
@@ -109,8 +129,9 @@ bool CPlatformSetup::Load(const PlatformOptions& options, std::string& error, bo
         catalogueGiven_ = true;
     }
     codesetsFile_ = options.codesetsFile;
+    learnedFile_ = options.learnedFile;
     // Checked now, so a bad file is refused before anything starts.
-    if (!codesetsFile_.empty() && !readCodesets(error, badPath)) return false;
+    if ((!codesetsFile_.empty() || !learnedFile_.empty()) && !readCodesets(error, badPath)) return false;
     index();
     irDevice_ = options.irDevice;
     year_ = options.year.value_or(kDefaultYear);
@@ -134,11 +155,21 @@ void CPlatformSetup::applyCodesets() const {
 }
 
 bool CPlatformSetup::readCodesets(std::string& error, bool* badPath) {
-    std::string text;
-    if (!ReadOptionFile("codesets", codesetsFile_, text, error, badPath)) return false;
+    std::string text = sim::IrBlaster::DefaultCodesets();
+    if (!codesetsFile_.empty() && !ReadOptionFile("codesets", codesetsFile_, text, error, badPath)) return false;
     std::vector<std::pair<std::string, std::string>> keyMaps;
     if (!sim::IrBlaster::CodesetKeyMaps(text, keyMaps, error)) {
         error = codesetsFile_ + ": " + error;
+        return false;
+    }
+    std::string learned;
+    bool missing = false;
+    if (!learnedFile_.empty() && !infrared::CAtomicFile::Read(learnedFile_, learned, &missing) && !missing) {
+        error = learnedFile_ + ": cannot read the learned keys";
+        return false;
+    }
+    if (!learned.empty() && (!Overlay(text, learned, text, error) || !sim::IrBlaster::CodesetKeyMaps(text, keyMaps, error))) {
+        error = learnedFile_ + ": " + error;
         return false;
     }
     codesetsText_ = std::move(text);
@@ -147,13 +178,59 @@ bool CPlatformSetup::readCodesets(std::string& error, bool* badPath) {
 }
 
 bool CPlatformSetup::ReloadCodesets(std::string& error) {
-    if (codesetsFile_.empty()) {
+    if (codesetsFile_.empty() && learnedFile_.empty()) {
         error = "no --codesets file to read again";
         return false;
     }
     if (!readCodesets(error, nullptr)) return false;
     index();
     applyCodesets();
+    return true;
+}
+
+bool CPlatformSetup::Reload(const PlatformOptions& options, std::string& error) {
+    CPlatformSetup next;
+    PlatformOptions others = options;
+    others.devicesFile.clear();
+    if (!next.Load(others, error)) return false;
+    if (next.irDevice_ != irDevice_ && !sim::IrBlaster::SetTransmitter(next.irDevice_, error)) {
+        error = next.irDevice_ + ": " + error;
+        return false;
+    }
+    next.pairingText_ = pairingText_;
+    next.pairingJson_ = pairingJson_;
+    next.devices_ = devices_;
+    *this = std::move(next);
+    applyCodesets();
+    return true;
+}
+
+const std::string& CPlatformSetup::LearnInto(const PlatformOptions& options) {
+    return options.learnedFile.empty() ? options.codesetsFile : options.learnedFile;
+}
+
+bool CPlatformSetup::Overlay(const std::string& codesets, const std::string& learned, std::string& out,
+                             std::string& error) {
+    std::vector<std::pair<std::string, std::string>> unused;
+    if (!sim::IrBlaster::CodesetKeyMaps(learned, unused, error)) return false;
+    JsonValue document = JsonValue::Create(codesets);
+    JsonValue& into = document["codesets"];
+    const JsonValue over = JsonValue::Create(learned);
+    for (unsigned i = 0; i < over["codesets"].size(); ++i) {
+        const JsonValue& codeset = over["codesets"][i];
+        const JsonValue& existing = into;
+        unsigned at = 0;
+        while (at < existing.size() && existing[at]["name"].asString() != codeset["name"].asString()) ++at;
+        if (at == existing.size()) {
+            into.append(codeset);
+        } else if (existing[at]["keys"].type() == common::json::kObject &&
+                   codeset["keys"].type() == common::json::kObject) {
+            OverlayKeys(codeset, into[at]);
+        } else {
+            into[at] = codeset;  // an air conditioner's, or a key codeset learned over one
+        }
+    }
+    out = document.toString(true) + "\n";
     return true;
 }
 

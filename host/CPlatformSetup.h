@@ -45,9 +45,22 @@ public:
     // Replaces the pairing list with `text` and writes it to the settings store; false with a
     // one-line reason (the list unchanged) when it is not a usable pairing list.
     bool SetPairing(const std::string& text, std::string& error);
-    // Reads the --codesets file again (the tool wrote into it) and hands its codesets and key
-    // maps to the simulator; false with a one-line reason, everything kept, when it is unusable.
+    // Reads the codesets (the --codesets file or the embedded ones) and the learned keys over
+    // them again (a key was learned) and hands them to the simulator; false with a one-line
+    // reason, everything kept, when they are unusable.
     bool ReloadCodesets(std::string& error);
+    // Takes new options while the plugin runs: codesets, learned keys, catalogue and transmitter,
+    // all or nothing (false with a reason, everything kept). The pairing list in use stays.
+    bool Reload(const PlatformOptions& options, std::string& error);
+    // Where learned keys are written: the learned-keys file when there is one, else --codesets.
+    // The one place that decides it, for the learn command and the web remote alike.
+    static const std::string& LearnInto(const PlatformOptions& options);
+    // The codesets text `codesets` with the learned codesets text `learned` over it: a learned
+    // codeset is added, or its keys replace the keys of that name (or code) in the codeset of its
+    // name, carrying their protocol when it differs; an air-conditioner codeset is replaced whole.
+    // False with a reason when `learned` is not a codesets text.
+    static bool Overlay(const std::string& codesets, const std::string& learned, std::string& out,
+                        std::string& error);
 
     const std::string& PairingText() const { return pairingText_; }
     const common::json::JsonValue& PairingJson() const { return pairingJson_; }  // the same, parsed
@@ -83,6 +96,7 @@ private:
     bool catalogueGiven_ = false;
     std::string codesetsText_;
     std::string codesetsFile_;  // "" when the embedded codesets are used
+    std::string learnedFile_;   // "" when learned keys go to the codesets file
     std::string irDevice_;
     int year_ = kDefaultYear;
     bool mbrSupport_ = true;

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "CFrameReport.h"
+#include "CPlatformSetup.h"
 #include "infrared/codeset/CCodesetsFile.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "infrared/formats/CFormatError.h"
@@ -90,7 +91,7 @@ int CReceiveCommands::Decode() {
 void CReceiveCommands::written(const std::string& key) {
     if (!options_.json) return;
     JsonValue done(common::json::JsonType::kObject);
-    done["written"] = JsonValue(options_.platform.codesetsFile);
+    done["written"] = JsonValue(CPlatformSetup::LearnInto(options_.platform));
     done["codeset"] = JsonValue(options_.values.at("codeset"));
     if (!key.empty()) {
         done["key"] = JsonValue(key);
@@ -100,7 +101,7 @@ void CReceiveCommands::written(const std::string& key) {
 }
 
 int CReceiveCommands::Learn() {
-    if (options_.platform.codesetsFile.empty()) return fail("learn needs --codesets FILE, the file to write into", 2);
+    if (CPlatformSetup::LearnInto(options_.platform).empty()) return fail("learn needs --codesets FILE, the file to write into", 2);
     if (options_.irReceiver.empty()) return fail("learn needs --ir-receiver DEV|FILE, where the presses come from", 2);
     const auto codeset = options_.values.find("codeset");
     if (codeset == options_.values.end() || codeset->second.empty()) return fail("learn needs --codeset NAME", 2);
@@ -112,7 +113,7 @@ int CReceiveCommands::Learn() {
     if (!job.aircon && !CCommandLine::ParseInt(options_.values.at("code"), code_)) {
         return fail("--code needs a whole number, not '" + options_.values.at("code") + "'", 2);
     }
-    job.codesetsFile = options_.platform.codesetsFile;
+    job.codesetsFile = CPlatformSetup::LearnInto(options_.platform);
     job.receiver = options_.irReceiver;
     job.codeset = codeset->second;
     job.key = job.aircon ? std::string() : options_.values.at("key");

@@ -62,6 +62,27 @@ JsonValue CSession::AcPayload(const std::string& codeset, const AcState& state) 
     return payload;
 }
 
+bool CSession::AcStateOf(const JsonValue& payload, std::string& codeset, AcState& out) {
+    if (payload.type() != common::json::kObject || !payload[contract::kAttrDeviceType].isString() ||
+        payload[contract::kAttrDeviceType].asString() != contract::kOcfAirConditioner ||
+        !payload[contract::kAttrCodesetName].isString()) {
+        return false;
+    }
+    const JsonValue& ac = payload[contract::kAttrAcState];
+    if (ac.type() != common::json::kObject || !ac[contract::kAttrCoolingSetpoint].isInt()) return false;
+    for (const char* word : {contract::kAttrPower, contract::kAttrMode, contract::kAttrFanSpeed}) {
+        if (!ac[word].isString()) return false;
+    }
+    const AcState state{ac[contract::kAttrPower].asString(), ac[contract::kAttrMode].asString(), 0,
+                        ac[contract::kAttrFanSpeed].asString()};
+    const int64_t setpoint = ac[contract::kAttrCoolingSetpoint].asInt64();
+    if (!CApplianceTypes::AcStateProblem(state.power, state.mode, setpoint, state.fan).empty()) return false;
+    codeset = payload[contract::kAttrCodesetName].asString();
+    out = state;
+    out.setpoint = static_cast<int>(setpoint);
+    return true;
+}
+
 RequestResult CSession::Describe(const Request& request) {
     RequestResult result;
     result.request = request;
@@ -127,7 +148,19 @@ RequestResult CSession::SendProperties(RequestResult result, const std::vector<s
     }
     collect(result);
     CReason::Explain(result, timeoutMs_);
+    if (result.outcome == Outcome::Ok && acStateListener_) tellAcStates(properties);
     return result;
+}
+
+// The payload as sent, not the request's own fields: a state the page sent as a raw property
+// is the same state as one the ac shortcut built.
+void CSession::tellAcStates(const std::vector<sim::HostProperty>& properties) const {
+    for (const sim::HostProperty& property : properties) {
+        if (property.name != contract::kPropSetKeyEvent || property.kind != sim::HostProperty::Kind::Json) continue;
+        std::string codeset;
+        AcState state;
+        if (AcStateOf(JsonValue::Create(property.text), codeset, state)) acStateListener_(codeset, state);
+    }
 }
 
 bool CSession::collect(RequestResult& result) const {

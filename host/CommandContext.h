@@ -28,6 +28,7 @@ struct CommandContext {
     CSession& session;
     CPlatformSetup& setup;
     CPluginLibrary& plugin;
+    const Options& commandLine;  // as given, before --config was merged in (a reload merges again)
 
     // Reports a failure as one line on `err` and gives `status` back.
     int Fail(const std::string& reason, int status) const {

@@ -12,6 +12,7 @@ struct PlatformOptions {
     std::string devicesFile;    // pairing list
     std::string catalogueFile;  // key maps that replace the codesets'
     std::string codesetsFile;   // empty: the embedded codesets
+    std::string learnedFile;    // learned keys, loaded over the codesets; empty: they go to codesetsFile
     std::string irDevice;       // empty: journal only; "mode2:FILE" or "/dev/lircN"
     std::optional<int> year;
     std::optional<bool> mbrSupport;

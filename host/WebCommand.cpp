@@ -15,7 +15,7 @@ int RunWeb(CommandContext& c) {
     if (listen != c.options.values.end()) web.listen = listen->second;
     web.timeoutMs = c.options.timeoutMs;
     web.learn.receiver = c.options.irReceiver;
-    web.learn.codesetsFile = c.options.platform.codesetsFile;
+    web.learn.codesetsFile = CPlatformSetup::LearnInto(c.options.platform);
     {
         CWebServer server(web, c.session, c.setup);
         std::string error;

@@ -169,6 +169,11 @@ bool CHomeConfig::Merge(Options& options, HomeConfig& config, std::string& error
             config.*(key.field) = given->second;
         }
     }
+    if (options.irReceiver.empty() && !config.receiver.empty()) {
+        // A receiver file is named as a transmitter's dry run is; the receiver takes the bare path.
+        options.irReceiver = config.receiver.rfind("mode2:", 0) == 0 ? config.receiver.substr(6) : config.receiver;
+    }
+    options.platform.learnedFile = config.stateDirectory.empty() ? "" : config.stateDirectory + "/" + kLearnedFile;
     return true;
 }
 

@@ -18,7 +18,7 @@ namespace ircontrol::host {
 
 struct HomeConfig {
     std::string transmitter;      // --ir-device: /dev/lircN or mode2:FILE
-    std::string receiver;         // a /dev/lircN to learn from (kept for the learning command)
+    std::string receiver;         // a /dev/lircN (or mode2:FILE of presses) the web remote learns from
     std::string codesets;         // --codesets
     std::string pairing;          // --devices: the pairing list the state directory starts from
     std::string catalogue;        // --catalogue
@@ -42,6 +42,8 @@ struct BrokerAddress {
 
 class CHomeConfig {
 public:
+    static constexpr const char* kLearnedFile = "learned.json";
+
     // Reads `path` into `out` (members absent from the file keep their value). False with one line.
     static bool Load(const std::string& path, HomeConfig& out, std::string& error);
     // Same for a file's text; `path` only names it in errors.
@@ -49,7 +51,8 @@ public:
     // Joins the file and the command line: the file fills the tool's options the command line left
     // empty (--ir-device, --codesets, --devices, --catalogue, --listen), and the service's own
     // command-line values (--broker, --client-id, --base-topic, --state-dir) replace the file's,
-    // checked as the file's are. False with "--name: reason".
+    // checked as the file's are. Learned keys go to the state directory's kLearnedFile when there
+    // is one. False with "--name: reason".
     static bool Merge(Options& options, HomeConfig& config, std::string& error);
     // "mqtt://host:1883" -> host, port, tls; false with a reason.
     static bool ParseBroker(const std::string& url, BrokerAddress& out, std::string& error);

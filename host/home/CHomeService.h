@@ -1,7 +1,9 @@
 // ircontrol-host service: the web remote and the MQTT door in one process, over the one session
 // and setup of the loaded plugin, with what they are told kept in the state directory. Run()
-// serves until SIGTERM or SIGINT; SIGHUP re-reads the configuration file and reconnects with
-// its broker settings. Construct, Run and destroy on the command's thread; throws nothing.
+// serves until SIGTERM or SIGINT; SIGHUP reads the configuration file again and applies all of
+// it that a running service can take (codesets, learned keys, catalogue, IR devices, broker,
+// credentials, topics), all or nothing, and logs what takes a restart (listen address, state
+// directory, pairing file). Construct, Run and destroy on the command's thread; throws nothing.
 #pragma once
 
 #include <memory>
@@ -20,6 +22,7 @@
 namespace ircontrol::host {
 
 class CJobRunner;
+class CWebServer;
 
 class CHomeService {
 public:
@@ -36,14 +39,22 @@ public:
     static bool Settings(const HomeConfig& config, MqttSettings& out, std::string& error);
 
 private:
-    // The configuration file (if any) with the command line's values over it.
-    static bool Configure(const Options& options, HomeConfig& out, std::string& error);
+    // The configuration file (if any) with the command line's values over it; `merged` gets the
+    // tool's options filled from it.
+    bool configure(HomeConfig& out, Options& merged, std::string& error) const;
     bool restore(std::string& error);
-    void reload();  // the web server's loop thread
+    bool startMqtt(const MqttSettings& settings, std::string& error);  // Run(), or the worker
+    void stopMqtt();                                                  // the worker, or after Run()
+    void keepAcState(const std::string& codeset, const AcState& state);  // worker thread
+    void reload();  // the web server's loop thread: reads and checks, the worker applies
+    void apply(const HomeConfig& next, const Options& merged, const MqttSettings& settings);  // worker
+    void applyMqtt(const HomeConfig& next, const MqttSettings& settings);  // worker
     void log(const std::string& line);
 
-    const Options& options_;
-    HomeConfig config_;
+    const Options& options_;      // merged at start
+    const Options& commandLine_;  // as given, merged again on each reload
+    HomeConfig config_;           // worker thread while serving
+    MqttSettings settings_;       // config_'s; worker thread while serving
     CSession& session_;
     CPlatformSetup& setup_;
     std::ostream& out_;
@@ -52,7 +63,7 @@ private:
     std::unique_ptr<CStateDirectory> state_;
     std::unique_ptr<IMqttClient> client_;
     std::unique_ptr<CMqttDoor> door_;
-    CJobRunner* runner_ = nullptr;  // the web server's, while Run() serves
+    CWebServer* server_ = nullptr;  // while Run() serves
 };
 
 }  // namespace ircontrol::host

@@ -66,7 +66,8 @@ bool CMosquittoClient::Start(const MqttSettings& settings, std::string& error) {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         stopping_ = false;
-        inflight_ = 0;
+        pending_.clear();
+        early_.clear();
     }
     backoff_ = 1;
     thread_ = std::thread([this, settings] { run(settings); });
@@ -83,21 +84,26 @@ void CMosquittoClient::run(MqttSettings settings) {
                        : mosquitto_reconnect_async(h);
         first = false;
         while (rc == MOSQ_ERR_SUCCESS) {
-            {
-                const std::lock_guard<std::mutex> lock(mutex_);
-                if (stopping_) return;
+            if (stopping()) {
+                // The DISCONNECT that Stop() queued goes out before the socket closes; without it
+                // the broker would publish the last will over what a clean stop left retained.
+                for (int i = 0; i < 10 && mosquitto_loop(h, 100, 1) == MOSQ_ERR_SUCCESS; ++i) {
+                }
+                return;
             }
             rc = mosquitto_loop(h, 200, 1);
         }
         const int delay = backoff_.load();
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            if (stopping_) return;
-        }
+        if (stopping()) return;
         log("mqtt: " + where + " " + Describe(rc) + "; trying again in " + std::to_string(delay) + " s");
         if (!pause(delay)) return;
         backoff_ = std::min(delay * 2, settings.maxBackoffSeconds);
     }
+}
+
+bool CMosquittoClient::stopping() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return stopping_;
 }
 
 bool CMosquittoClient::pause(int seconds) {
@@ -108,16 +114,14 @@ bool CMosquittoClient::pause(int seconds) {
 
 bool CMosquittoClient::Publish(const std::string& topic, const std::string& payload, bool retain) {
     if (!handle_) return false;
-    {
-        // Counted before it goes: its acknowledgement may come before mosquitto_publish returns.
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ++inflight_;
-    }
-    const int rc = mosquitto_publish(handle_.get(), nullptr, topic.c_str(), static_cast<int>(payload.size()),
+    int id = 0;
+    const int rc = mosquitto_publish(handle_.get(), &id, topic.c_str(), static_cast<int>(payload.size()),
                                      payload.data(), 1, retain);
-    if (rc != MOSQ_ERR_SUCCESS) {
+    // Not connected: libmosquitto keeps the message and sends it on the next connection.
+    if (rc == MOSQ_ERR_SUCCESS || rc == MOSQ_ERR_NO_CONN) {
+        // Its acknowledgement may have come before mosquitto_publish returned.
         const std::lock_guard<std::mutex> lock(mutex_);
-        --inflight_;
+        if (early_.erase(id) == 0) pending_.insert(id);
     }
     return rc == MOSQ_ERR_SUCCESS;
 }
@@ -130,23 +134,31 @@ bool CMosquittoClient::Subscribe(const std::string& pattern) {
 void CMosquittoClient::Stop() {
     const std::lock_guard<std::mutex> stop(stopMutex_);
     if (!handle_) return;
+    int lost = 0;
     {
         // What was published last (the "offline" of a clean stop) reaches the broker first.
         std::unique_lock<std::mutex> lock(mutex_);
-        wake_.wait_for(lock, std::chrono::seconds(2), [this] { return inflight_ <= 0; });
+        if (!wake_.wait_for(lock, std::chrono::seconds(2), [this] { return pending_.empty(); })) {
+            lost = static_cast<int>(pending_.size());
+        }
+    }
+    mosquitto_disconnect(handle_.get());  // queued for the network thread, which sends it last
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
         stopping_ = true;
     }
     wake_.notify_all();
-    mosquitto_disconnect(handle_.get());
     if (thread_.joinable()) thread_.join();
     handle_.reset();
+    if (lost > 0) log("mqtt: " + std::to_string(lost) + " messages were not acknowledged before the connection closed");
 }
 
-void CMosquittoClient::onPublish(mosquitto*, void* self, int) {
+void CMosquittoClient::onPublish(mosquitto*, void* self, int id) {
     auto* client = static_cast<CMosquittoClient*>(self);
-    {
+    try {
         const std::lock_guard<std::mutex> lock(client->mutex_);
-        --client->inflight_;
+        if (client->pending_.erase(id) == 0) client->early_.insert(id);
+    } catch (...) {  // no memory for the note: Stop() waits its two seconds instead
     }
     client->wake_.notify_all();
 }

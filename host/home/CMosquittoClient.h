@@ -11,6 +11,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <thread>
 
 #include "IMqttClient.h"
@@ -39,6 +40,7 @@ private:
     static void onPublish(mosquitto* handle, void* self, int mid);
     static void onMessage(mosquitto* handle, void* self, const mosquitto_message* message);
     void run(MqttSettings settings);  // the network thread
+    bool stopping();
     bool pause(int seconds);          // false when stopping
     void log(const std::string& line);
 
@@ -46,10 +48,14 @@ private:
     OnMessage message_;
     OnLog log_;
     std::unique_ptr<mosquitto, Destroy> handle_;
-    std::mutex mutex_;  // guards stopping_, inflight_
+    std::mutex mutex_;  // guards stopping_, pending_, early_
     std::condition_variable wake_;
     bool stopping_ = false;
-    int inflight_ = 0;                  // QoS 1 messages not yet acknowledged by the broker
+    // QoS 1 messages not yet acknowledged, by message id (one queued while the connection was down
+    // too: it goes when the connection comes), and acknowledgements that came before their id
+    // was noted.
+    std::set<int> pending_;
+    std::set<int> early_;
     std::atomic<int> backoff_{1};       // seconds before the next attempt; back to 1 once connected
     std::thread thread_;
     std::mutex stopMutex_;

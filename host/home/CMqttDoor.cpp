@@ -86,20 +86,43 @@ void CMqttDoor::received(const std::string& topic, const std::string& payload) {
     }
 }
 
-void CMqttDoor::announce() {
-    const std::vector<MqttMessage> configs = discovery_.Configs(setup_);
-    std::vector<MqttMessage> messages = CDiscovery::Removals(announced_, configs);
+std::vector<MqttMessage> CMqttDoor::retained(const CDiscovery& discovery, const std::vector<MqttMessage>& configs) const {
+    std::vector<MqttMessage> messages = {{discovery.Availability(), "online"}};
     messages.insert(messages.end(), configs.begin(), configs.end());
     for (const PairedDevice& device : setup_.Devices()) {
         const auto last = acStates_.find(device.codeset);
         if (device.type != contract::kOcfAirConditioner || last == acStates_.end()) continue;
-        const auto states = discovery_.States(device.codeset, last->second);
+        const auto states = discovery.States(device.codeset, last->second);
         messages.insert(messages.end(), states.begin(), states.end());
     }
-    bool all = client_.Publish(discovery_.Availability(), "online", true);
+    return messages;
+}
+
+void CMqttDoor::announce() {
+    const std::vector<MqttMessage> configs = discovery_.Configs(setup_);
+    std::vector<MqttMessage> messages = retained(discovery_, configs);  // "online" first
+    const std::vector<MqttMessage> removals = CDiscovery::Removals(announced_, configs);
+    messages.insert(messages.begin() + 1, removals.begin(), removals.end());
+    bool all = true;
     for (const MqttMessage& message : messages) all = client_.Publish(message.topic, message.payload, true) && all;
     if (!all) log_("mqtt: not everything was published; it is again on the next connection");
     announced_ = configs;
+}
+
+void CMqttDoor::Retract(const HomeConfig& next, bool sameBroker) {
+    const CDiscovery following(next);
+    const std::vector<MqttMessage> after =
+        sameBroker ? retained(following, following.Configs(setup_)) : std::vector<MqttMessage>();
+    // The configs as announced: the setup may already hold a reloaded catalogue.
+    for (const MqttMessage& message : CDiscovery::Removals(retained(discovery_, announced_), after)) {
+        if (!client_.Publish(message.topic, message.payload, true)) log_("mqtt: " + message.topic + " was not taken back");
+    }
+}
+
+void CMqttDoor::Reconfigure(const HomeConfig& next) {
+    config_ = next;
+    discovery_ = CDiscovery(next);
+    announced_.clear();  // announced under the old topics, taken back by Retract()
 }
 
 void CMqttDoor::PairingChanged() {
@@ -223,14 +246,15 @@ void CMqttDoor::send(const std::string& topic, const Request& request) {
         message[contract::kAnswerDescription] = result.answer->second;
     }
     if (!client_.Publish(discovery_.Result(), message.toString(), false)) log_("mqtt: a result was not published");
-    if (request.kind != RequestKind::Ac || result.outcome != Outcome::Ok) return;
+}
+
+void CMqttDoor::AcStateAnswered(const std::string& codeset, const AcState& state) {
     // IR has no way back: the state the appliance was last told is the state it is in.
-    acStates_[request.codeset] = request.ac;
-    for (const MqttMessage& state : discovery_.States(request.codeset, request.ac)) {
-        client_.Publish(state.topic, state.payload, true);
+    acStates_[codeset] = state;
+    if (paired(codeset) == nullptr) return;
+    for (const MqttMessage& message : discovery_.States(codeset, state)) {
+        client_.Publish(message.topic, message.payload, true);
     }
-    std::string error;
-    if (state_ != nullptr && !state_->SaveAcState(request.codeset, request.ac, error)) log_("state: " + error);
 }
 
 void CMqttDoor::publishError(const std::string& topic, const std::string& reason) {

@@ -3,8 +3,8 @@
 // and its result (the answer's errorCode and description, the transmissions) goes to the result
 // topic; a payload that cannot be used gets an error there and nothing else. On each connection
 // it announces itself ("online"), the Home Assistant discovery configs and the air conditioners'
-// retained states. It keeps the pairing list and the air conditioners' last states in the state
-// directory (if any).
+// retained states. It keeps the pairing list in the state directory (if any); an air
+// conditioner's answered state, whichever door sent it, comes in by AcStateAnswered().
 //
 // Threads: the client's handlers only post jobs; every job, and PairingChanged(), runs on the
 // session's one worker (the `post` function), which owns the setup, the session and the state.
@@ -40,6 +40,16 @@ public:
     void Attach();
     // Worker thread: the pairing list was replaced (web page or MQTT); keeps it and re-announces.
     void PairingChanged();
+    // Worker thread: the key maps changed (a learned key, a reload); announces them again.
+    void KeyMapsChanged() { announce(); }
+    // Worker thread: a request answered ok told `codeset` this state; its retained state follows.
+    void AcStateAnswered(const std::string& codeset, const AcState& state);
+    // Worker thread, before the client stops for new settings: takes back (empty retained
+    // payloads) what this connection holds retained that `next` will not publish over on the same
+    // broker; all of it when the broker changes.
+    void Retract(const HomeConfig& next, bool sameBroker);
+    // Worker thread, while the client is stopped: the topics of `next` from the next connection.
+    void Reconfigure(const HomeConfig& next);
 
 private:
     void connected();
@@ -52,6 +62,8 @@ private:
     void pairing(const std::string& topic, const std::string& payload);
     void send(const std::string& topic, const Request& request);
     void announce();
+    // What a connection holds retained: "online", `configs`, the climates' states.
+    std::vector<MqttMessage> retained(const CDiscovery& discovery, const std::vector<MqttMessage>& configs) const;
     void publishError(const std::string& topic, const std::string& reason);
     const PairedDevice* paired(const std::string& codeset) const;
 

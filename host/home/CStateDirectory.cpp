@@ -33,10 +33,6 @@ bool CheckJson(const std::string& text, std::string& error) {
     return false;
 }
 
-bool OneOf(const std::string& word, const std::vector<std::string>& words) {
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
-
 bool ReadState(const std::string& path, std::string& text, std::string& error) {
     bool missing = false;
     if (infrared::CAtomicFile::Read(path, text, &missing)) return true;
@@ -72,16 +68,11 @@ bool CStateDirectory::Load(std::string& error) {
         error = AcPath() + ": " + reason;
         return false;
     }
-    if (!ReadState(LearnedPath(), text, error)) return false;
-    if (!text.empty() && !CheckJson(text, reason)) {
-        error = LearnedPath() + ": " + reason;
-        return false;
-    }
     return true;
 }
 
 bool CStateDirectory::SavePairing(const std::string& text, std::string& error) {
-    if (!infrared::CAtomicFile::Write(PairingPath(), text, error)) return false;
+    if (!infrared::CAtomicFile::Write(PairingPath(), text, error, hook_)) return false;
     pairing_ = text;
     return true;
 }
@@ -89,7 +80,7 @@ bool CStateDirectory::SavePairing(const std::string& text, std::string& error) {
 bool CStateDirectory::SaveAcState(const std::string& codeset, const AcState& state, std::string& error) {
     std::map<std::string, AcState> next = acStates_;
     next[codeset] = state;
-    if (!infrared::CAtomicFile::Write(AcPath(), AcText(next), error)) return false;
+    if (!infrared::CAtomicFile::Write(AcPath(), AcText(next), error, hook_)) return false;
     acStates_ = std::move(next);
     return true;
 }
@@ -122,17 +113,12 @@ bool CStateDirectory::ParseAc(const std::string& text, std::map<std::string, AcS
             return false;
         };
         if (entry.type() != common::json::kObject) return bad("needs an object");
-        for (const char* field : {"power", "mode", "fan"}) {
-            if (!entry.isMember(field) || !entry[field].isString() ||
-                !OneOf(entry[field].asString(), CApplianceTypes::AcWords(field))) {
-                return bad(std::string("\"") + field + "\" is not one of the service's words");
-            }
-        }
-        if (!entry.isMember("setpoint") || !entry["setpoint"].isInt()) return bad("\"setpoint\" needs a whole number");
+        const auto word = [&](const char* field) { return entry[field].isString() ? entry[field].asString() : ""; };
+        if (!entry["setpoint"].isInt()) return bad("\"setpoint\" needs a whole number");
         const int64_t setpoint = entry["setpoint"].asInt64();
-        if (setpoint < 0 || setpoint > 99) return bad("\"setpoint\" is out of range");
-        states[codeset] = AcState{entry["power"].asString(), entry["mode"].asString(), static_cast<int>(setpoint),
-                                  entry["fan"].asString()};
+        const std::string problem = CApplianceTypes::AcStateProblem(word("power"), word("mode"), setpoint, word("fan"));
+        if (!problem.empty()) return bad(problem);
+        states[codeset] = AcState{word("power"), word("mode"), static_cast<int>(setpoint), word("fan")};
     }
     out = std::move(states);
     return true;

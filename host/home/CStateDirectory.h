@@ -1,7 +1,8 @@
 // What the service was told, kept in its state directory so a restart loses none of it:
 //   devices.json   the pairing list, as the web page's PUT /api/devices or MQTT last set it
 //   aircon.json    each air conditioner's last state, by codeset
-//   learned.json   keys learned from remotes (read and kept; nothing learns keys yet)
+//   learned.json   keys learned from remotes, a codesets file (written by the learner, loaded over
+//                  the codesets by CPlatformSetup; not read here)
 // Every write replaces the file atomically (CAtomicFile). A file that is there but unusable is
 // refused as a whole with "FILE:LINE: reason". Not thread-safe: one owner thread; throws nothing.
 #pragma once
@@ -9,6 +10,7 @@
 #include <map>
 #include <string>
 
+#include "infrared/formats/CAtomicFile.h"
 #include "Request.h"
 
 namespace ircontrol::host {
@@ -30,7 +32,8 @@ public:
 
     std::string PairingPath() const { return directory_ + "/devices.json"; }
     std::string AcPath() const { return directory_ + "/aircon.json"; }
-    std::string LearnedPath() const { return directory_ + "/learned.json"; }
+    // Every write passes `hook` at each of its steps (tests stop the process there).
+    void SetWriteHook(infrared::CAtomicFile::Hook hook) { hook_ = std::move(hook); }
 
     // The text of aircon.json for `states`, and back; false with "line N: reason".
     static std::string AcText(const std::map<std::string, AcState>& states);
@@ -40,6 +43,7 @@ private:
     std::string directory_;
     std::string pairing_;
     std::map<std::string, AcState> acStates_;
+    infrared::CAtomicFile::Hook hook_;
 };
 
 }  // namespace ircontrol::host

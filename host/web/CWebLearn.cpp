@@ -33,8 +33,8 @@ JsonValue FrameJson(const infrared::DecodedFrame& frame) {
 }  // namespace
 
 CWebLearn::CWebLearn(const WebLearnOptions& options, CJobRunner& runner, CRequestRecorder& recorder,
-                     CPlatformSetup& setup)
-    : options_(options), runner_(runner), recorder_(recorder), setup_(setup) {}
+                     CPlatformSetup& setup, std::function<void()> learned)
+    : options_(options), runner_(runner), recorder_(recorder), setup_(setup), learned_(std::move(learned)) {}
 
 CWebLearn::~CWebLearn() {
     if (learner_) learner_->Cancel();
@@ -74,18 +74,29 @@ bool CWebLearn::job(const JsonValue& body, LearnJob& out, std::string& error) co
         }
         out.waitMs = static_cast<int>(wait.asInt64());
     }
-    out.receiver = options_.receiver;
-    out.codesetsFile = options_.codesetsFile;
+    const WebLearnOptions options = this->options();
+    out.receiver = options.receiver;
+    out.codesetsFile = options.codesetsFile;
     return true;
+}
+
+void CWebLearn::SetOptions(const WebLearnOptions& options) {
+    const std::lock_guard<std::mutex> lock(optionsMutex_);
+    options_ = options;
+}
+
+WebLearnOptions CWebLearn::options() const {
+    const std::lock_guard<std::mutex> lock(optionsMutex_);
+    return options_;
 }
 
 WebReply CWebLearn::Start(const JsonValue& body) {
     LearnJob learn;
     std::string error;
     if (!job(body, learn, error)) return ErrorReply(400, error);
-    const char* missing = options_.receiver.empty()
+    const char* missing = learn.receiver.empty()
                               ? "no receiver configured: start the web remote with --ir-receiver DEV|FILE"
-                          : options_.codesetsFile.empty()
+                          : learn.codesetsFile.empty()
                               ? "learning writes into the codesets file: start the web remote with --codesets FILE"
                               : nullptr;
     if (missing != nullptr) {
@@ -165,6 +176,7 @@ void CWebLearn::saved(JsonValue event) {
     if (!reloaded) event["reloadError"] = error;
     recorder_.Announce(std::move(event));
     if (!reloaded) return;
+    if (learned_) learned_();
     JsonValue devices;
     devices["type"] = "devices";
     devices["count"] = static_cast<int>(setup_.Devices().size());

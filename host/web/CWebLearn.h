@@ -7,7 +7,9 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -27,7 +29,9 @@ struct WebLearnOptions {
 
 class CWebLearn {
 public:
-    CWebLearn(const WebLearnOptions& options, CJobRunner& runner, CRequestRecorder& recorder, CPlatformSetup& setup);
+    // `learned` (may be empty) runs on the request worker after a saved learn changed the codesets.
+    CWebLearn(const WebLearnOptions& options, CJobRunner& runner, CRequestRecorder& recorder, CPlatformSetup& setup,
+              std::function<void()> learned = {});
     ~CWebLearn();
     CWebLearn(const CWebLearn&) = delete;
     CWebLearn& operator=(const CWebLearn&) = delete;
@@ -38,6 +42,8 @@ public:
     WebReply Start(const common::json::JsonValue& body);
     // 200 when a running learn was told to stop (it ends with a "failed" step, "cancelled"); 409 if none runs.
     WebReply Cancel();
+    // Where the next learn reads and writes (a reloaded configuration); any thread.
+    void SetOptions(const WebLearnOptions& options);
 
     static constexpr int kDefaultWaitMs = 30000;
     static constexpr int kMaxWaitMs = 600000;
@@ -48,10 +54,13 @@ private:
     void publish(const LearnJob& job, const LearnStep& step);
     void saved(common::json::JsonValue event);  // the request worker: reload, then tell
 
-    WebLearnOptions options_;
+    mutable std::mutex optionsMutex_;
+    WebLearnOptions options_;  // under optionsMutex_
+    WebLearnOptions options() const;
     CJobRunner& runner_;
     CRequestRecorder& recorder_;
     CPlatformSetup& setup_;
+    std::function<void()> learned_;
     std::unique_ptr<CKeyLearner> learner_;  // the running or last learn's; replaced on the loop thread
     std::atomic<bool> running_{false};
     std::thread thread_;

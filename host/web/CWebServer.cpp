@@ -57,7 +57,7 @@ CWebServer::CWebServer(const WebOptions& options, CSession& session, CPlatformSe
       hub_(context_.get(), options.maxStreams, kEventHistory),
       recorder_([this](const std::string& json) { hub_.Publish(json); }),
       runner_(options.maxQueued),
-      learn_(options.learn, runner_, recorder_, setup),
+      learn_(options.learn, runner_, recorder_, setup, options.learned),
       api_(runner_, recorder_, session, setup, learn_, options.pairingChanged) {
     // The server's sockets attach to the thread-default context when it listens.
     g_main_context_push_thread_default(context_.get());

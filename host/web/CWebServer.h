@@ -33,6 +33,7 @@ struct WebOptions {
     WebLearnOptions learn;
     std::function<void()> pairingChanged;  // worker thread, after PUT /api/devices changed the list
     std::function<void()> reload;          // loop thread, on SIGHUP (not caught when empty)
+    std::function<void()> learned;         // worker thread, after a learn changed the codesets
 };
 
 class CWebServer {
@@ -47,6 +48,8 @@ public:
     std::string Url() const { return url_; }
     // The one worker every request to the plugin runs on; other doors post theirs here too.
     CJobRunner& Runner() { return runner_; }
+    // Where the next learn reads and writes; any thread.
+    void SetLearnOptions(const WebLearnOptions& options) { learn_.SetOptions(options); }
     // Serves until SIGINT/SIGTERM (or Quit()), then closes the streams and stops the worker.
     void Run();
     void Quit();

@@ -12,11 +12,17 @@ import shlex
 import signal
 import socket
 import subprocess
+import sys
 import tempfile
 import threading
 import time
+import urllib.error
+import urllib.request
 
 import paho.mqtt.client as mqtt
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import hostprocess  # noqa: E402
 
 START_TIMEOUT = 60  # seconds; generous for emulated or loaded machines
 MOSQUITTO = "/usr/sbin/mosquitto"
@@ -59,7 +65,7 @@ class Broker:
 class Service:
     """ircontrol-host --config FILE service, transmitting to a mode2: dry-run file."""
 
-    def __init__(self, directory, broker, extra_config="", args=()):
+    def __init__(self, directory, broker, extra_config="", args=(), options=()):
         self.directory = directory
         self.mode2 = os.path.join(directory, "ir.mode2")
         self.config = os.path.join(directory, "home.conf")
@@ -69,8 +75,8 @@ class Service:
                     f"[mqtt]\nbroker=mqtt://127.0.0.1:{broker.port}\nclient-id=irtest\n"
                     f"[state]\ndirectory={self.state}\n{extra_config}")
         command = shlex.split(os.environ.get("IRC_TARGET_RUNNER", ""))
-        command += [os.environ["IRC_HOST"], "--plugin", os.environ["IRC_PLUGIN"], "--config", self.config,
-                    "service"] + list(args)
+        command += [os.environ["IRC_HOST"], "--plugin", os.environ["IRC_PLUGIN"], "--config", self.config]
+        command += list(options) + ["service"] + list(args)
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         self.lines, self.errors = [], []
         found = threading.Event()
@@ -94,18 +100,31 @@ class Service:
             raise RuntimeError("the service did not start: " + "".join(self.errors))
 
     def stop(self, sig=signal.SIGTERM, timeout=30):
-        if self.process.poll() is None:
-            self.process.send_signal(sig)
-        try:
-            self.process.wait(timeout)
-        except subprocess.TimeoutExpired:
-            self.process.kill()
-            self.process.wait()
+        hostprocess.stop(self.process, sig, timeout)
         for reader in self.readers:
             reader.join(5)
         self.process.stdout.close()
         self.process.stderr.close()
         return self.process.returncode
+
+    def wait_log(self, text, timeout=30):
+        """True once a line of the service's log holds `text`."""
+        deadline = time.time() + timeout
+        while time.time() < deadline:
+            if any(text in line for line in self.errors):
+                return True
+            time.sleep(0.05)
+        return False
+
+    def api(self, method, path, body=None):
+        """(status, parsed JSON) of one web API request."""
+        request = urllib.request.Request(self.url + path, method=method, data=None if body is None else
+                                         json.dumps(body).encode(), headers={"Content-Type": "application/json"})
+        try:
+            with urllib.request.urlopen(request, timeout=30) as response:
+                return response.status, json.loads(response.read())
+        except urllib.error.HTTPError as error:
+            return error.code, json.loads(error.read())
 
     def transmissions(self):
         """The header lines of what went on air, in order."""

@@ -5,9 +5,12 @@ import os
 import signal
 import time
 import unittest
-import urllib.request
+import sys
 
-from homehost import Broker, Client, Service, retained, temp_dir
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "web"))
+import learnfiles  # noqa: E402
+from homehost import Broker, Client, Service, retained, temp_dir  # noqa: E402
+from webhost import wait_until  # noqa: E402
 
 BUTTON_MEMBERS = {"command_topic", "unique_id", "name", "device", "availability", "payload_press"}
 CLIMATE_MEMBERS = {"unique_id", "name", "device", "availability", "modes", "fan_modes", "min_temp", "max_temp",
@@ -48,6 +51,7 @@ class RunningService(unittest.TestCase):
             members = BUTTON_MEMBERS if parts[1] == "button" else CLIMATE_MEMBERS
             self.assertLessEqual(members, set(config), topic)
             self.assertEqual(config["availability"][0]["topic"], "ircontrol/status")
+        self.assertEqual(len({c["unique_id"] for c in configs.values()}), len(configs))
         climate = next(c for t, c in configs.items() if "/climate/" in t)
         self.assertEqual(climate["modes"][0], "off")
         self.assertEqual((climate["min_temp"], climate["max_temp"]), (16, 31))
@@ -71,8 +75,8 @@ class RunningService(unittest.TestCase):
         result = self.client.result(climate["temperature_command_topic"])
         self.assertEqual(result["errorCode"], "ok", result)
         self.assertEqual(result["payload"]["x.com.korvan.acState"]["x.com.korvan.coolingSetpoint"], 19)
-        _, state = self.client.next(lambda t, p: t == climate["temperature_state_topic"])
-        self.assertEqual(state, b"19")
+        states = retained(self.broker, "ircontrol/ZAC00005/", expect=3)
+        self.assertEqual(states[climate["temperature_state_topic"]], b"19")
         sent = self.service.transmissions()[before:]
         self.assertEqual(len(sent), 1)
         self.assertIn("codeset ZAC00005", sent[0])
@@ -145,36 +149,83 @@ class Restarts(unittest.TestCase):
         finally:
             self.assertEqual(service.stop(), 0)
 
+    def restart(self, service, **kwargs):
+        """Stops the service, empties the broker of what it retained and starts it again."""
+        self.assertEqual(service.stop(), 0, "".join(service.errors))
+        self.broker.stop()
+        self.broker.start()
+        return Service(self.dir.name, self.broker, **kwargs)
+
     def test_what_it_was_told_survives_a_restart(self):
         service = Service(self.dir.name, self.broker)
         client = Client(self.broker, "ircontrol/#")
         client.next(lambda t, p: t == "ircontrol/status" and p == b"online")
-        client.publish("ircontrol/ZAC00005/mode/set", "heat")
-        self.assertEqual(client.result("ircontrol/ZAC00005/mode/set")["errorCode"], "ok")
+        # An air conditioner's state from the page's shortcut, then as a raw property: each is kept
+        # and shown to Home Assistant, the last one winning.
+        status, result = service.api("POST", "api/ac", {"power": "ON", "mode": "HEAT", "setpoint": 21, "fan": "LOW"})
+        self.assertEqual((status, result["outcome"]), (200, "ok"), result)
+        self.assertEqual(retained(self.broker, "ircontrol/ZAC00005/", expect=3)["ircontrol/ZAC00005/temperature/state"],
+                         b"21")
+        value = {"x.com.korvan.deviceType": "oic.d.airconditioner", "x.com.korvan.codesetName": "ZAC00005",
+                 "x.com.korvan.codesetKey": 0,
+                 "x.com.korvan.acState": {"x.com.korvan.power": "ON", "x.com.korvan.mode": "HEAT",
+                                          "x.com.korvan.coolingSetpoint": 23, "x.com.korvan.fanSpeed": "HIGH"}}
+        status, result = service.api("POST", "api/requests", {"name": "setKeyEvent", "value": value})
+        self.assertEqual((status, result["outcome"]), (200, "ok"), result)
+        client.next(lambda t, p: t == "ircontrol/ZAC00005/fan_mode/state" and p == b"high")
+        with open(os.path.join(service.state, "aircon.json")) as kept:
+            self.assertEqual(json.load(kept)["ZAC00005"], {"power": "ON", "mode": "HEAT", "setpoint": 23, "fan": "HIGH"})
         # The pairing list edited on the web page: only the cleaner and the air conditioner stay.
         pairing = {"dev_info": [{"codeset": "HRBC0004", "device_index": 4, "type": "oic.d.robotcleaner"},
                                 {"codeset": "ZAC00005", "device_index": 5, "type": "oic.d.airconditioner"}]}
-        request = urllib.request.Request(service.url + "api/devices", data=json.dumps(pairing).encode(), method="PUT",
-                                         headers={"Content-Type": "application/json"})
-        with urllib.request.urlopen(request, timeout=30) as response:
-            self.assertEqual(response.status, 200)
-        self.assertEqual(service.stop(), 0)
-        client.next(lambda t, p: t == "ircontrol/status" and p == b"offline")
+        self.assertEqual(service.api("PUT", "api/devices", pairing)[0], 200)
         client.close()
-        self.assertTrue(os.path.exists(os.path.join(service.state, "devices.json")))
-        self.broker.stop()
-        self.broker.start()  # nothing retained any more
-        service = Service(self.dir.name, self.broker)
+        service = self.restart(service)
         try:
             client = Client(self.broker, "ircontrol/#")
             client.next(lambda t, p: t == "ircontrol/status" and p == b"online")
             configs = retained(self.broker, "homeassistant/", expect=4)
             self.assertEqual(len(configs), 4, sorted(configs))  # the cleaner's three keys and the climate
-            states = retained(self.broker, "ircontrol/ZAC00005/")
-            self.assertEqual(states.get("ircontrol/ZAC00005/mode/state"), b"heat")
+            states = retained(self.broker, "ircontrol/ZAC00005/", expect=3)
+            self.assertEqual(states, {"ircontrol/ZAC00005/mode/state": b"heat",
+                                      "ircontrol/ZAC00005/temperature/state": b"23",
+                                      "ircontrol/ZAC00005/fan_mode/state": b"high"})
             client.close()
         finally:
             self.assertEqual(service.stop(), 0)
+
+    def test_a_key_learned_on_the_page_works_at_once_and_after_a_restart(self):
+        # Two presses of the purifier's power key (rc5) learned as the fan's "boost", code 10.
+        press = learnfiles.sent(self.dir.name, "purifier", 10, "press.txt")
+        presses = learnfiles.presses(self.dir.name, "presses.txt", press, press)
+        service = Service(self.dir.name, self.broker, options=["--ir-receiver", presses])
+        client = Client(self.broker, "ircontrol/#")
+        client.next(lambda t, p: t == "ircontrol/status" and p == b"online")
+        status, started = service.api("POST", "api/learn", {"codeset": "HFAN0001", "key": "boost", "code": 10})
+        self.assertEqual(status, 202, started)
+
+        def fan_keys():
+            devices = service.api("GET", "api/devices")[1]["devices"]
+            return {k["name"]: k["code"] for d in devices if d["codeset"] == "HFAN0001" for k in d["keys"]}
+
+        self.assertTrue(wait_until(lambda: fan_keys().get("boost") == 10), "".join(service.errors))
+        self.assertNotIn("power", fan_keys())  # the learned key took its code
+        buttons = retained(self.broker, "homeassistant/button/irtest/")
+        self.assertIn("homeassistant/button/irtest/HFAN0001_boost/config", buttons)
+        self.assertNotIn("homeassistant/button/irtest/HFAN0001_power/config", buttons)
+        for attempt in range(2):
+            client.publish("ircontrol/HFAN0001/key", "boost")
+            self.assertEqual(client.result("ircontrol/HFAN0001/key")["errorCode"], "ok")
+            self.assertIn("rc5 scancode 0xc0c", service.transmissions()[-1], attempt)
+            client.close()
+            if attempt == 0:
+                service = self.restart(service)
+                client = Client(self.broker, "ircontrol/#")
+                client.next(lambda t, p: t == "ircontrol/status" and p == b"online")
+        self.assertEqual(service.stop(), 0)
+        with open(os.path.join(service.state, "learned.json")) as kept:
+            learned = json.load(kept)["codesets"]
+        self.assertEqual([(c["name"], sorted(c["keys"])) for c in learned], [("HFAN0001", ["boost"])])
 
     def test_a_killed_service_is_marked_offline_by_its_last_will(self):
         service = Service(self.dir.name, self.broker)
@@ -196,26 +247,50 @@ class Restarts(unittest.TestCase):
         finally:
             self.assertEqual(service.stop(), 0)
 
-    def test_sighup_reconnects_with_the_new_broker_settings_and_a_bad_file_changes_nothing(self):
+    def test_sighup_applies_the_whole_file_and_a_bad_file_changes_nothing(self):
+        codesets = os.path.join(self.dir.name, "codesets.json")
+        with open(learnfiles.SHIPPED_CODESETS) as shipped:
+            text = shipped.read()
+        with open(codesets, "w") as out:
+            out.write(text.replace('"speed_up"', '"faster"'))
         service = Service(self.dir.name, self.broker)
         other_dir = temp_dir()
         other = Broker(other_dir.name)
         try:
+            client = Client(self.broker, "#")
+            client.next(lambda t, p: t == "ircontrol/status" and p == b"online")
+            config = open(service.config).read()
+
+            def reload(new_text, expect):
+                with open(service.config, "w") as f:
+                    f.write(new_text)
+                service.errors.clear()
+                service.process.send_signal(signal.SIGHUP)
+                self.assertTrue(service.wait_log(expect), "".join(service.errors))
+
+            reload(config.replace("[state]", "[state]\ncolour=blue"), "reload refused")
+            self.assertTrue(any("home.conf:" in line and "colour: unknown key" in line for line in service.errors))
+            reload(config.replace("[ir]\n", "[ir]\ncodesets=" + codesets + "\n")
+                   .replace("client-id=irtest", "client-id=irtest\nbase-topic=home2"), "reload: done")
+            client.next(lambda t, p: t == "home2/status" and p == b"online")
+            configs = retained(self.broker, "homeassistant/button/irtest/")
+            self.assertIn("homeassistant/button/irtest/HFAN0001_faster/config", configs)
+            self.assertEqual(json.loads(configs["homeassistant/button/irtest/HFAN0001_faster/config"])["command_topic"],
+                             "home2/HFAN0001/key")
+            self.assertEqual(retained(self.broker, "ircontrol/"), {})  # the old base's status and states
+            client.publish("home2/HFAN0001/key", "faster")
+            self.assertEqual(client.result("home2/HFAN0001/key")["errorCode"], "ok")
+            client.close()
+            reload(config.replace(str(self.broker.port), str(other.port)), "reload: done")
             client = Client(other, "ircontrol/status")
-            text = open(service.config).read()
-            with open(service.config, "w") as f:
-                f.write(text.replace("[state]", "[state]\ncolour=blue"))
-            service.process.send_signal(signal.SIGHUP)
-            deadline = time.time() + 30
-            while not any("reload refused" in line for line in service.errors) and time.time() < deadline:
-                time.sleep(0.05)
-            self.assertTrue(any("home.conf:" in line and "colour: unknown key" in line for line in service.errors),
-                            "".join(service.errors))
-            with open(service.config, "w") as f:
-                f.write(text.replace(str(self.broker.port), str(other.port)))
-            service.process.send_signal(signal.SIGHUP)
             client.next(lambda t, p: p == b"online", timeout=60)
             client.close()
+            self.assertEqual(sorted(retained(self.broker, "homeassistant/")), [], "".join(service.errors))  # taken back
+            # MQTT off takes everything back; on again, everything is announced again.
+            reload("\n".join(line for line in config.splitlines() if not line.startswith("broker=")), "MQTT is off")
+            self.assertEqual(retained(other, "ircontrol/"), {})
+            reload(config.replace(str(self.broker.port), str(other.port)), "reload: done")
+            self.assertEqual(len(retained(other, "homeassistant/", expect=22)), 22, "".join(service.errors))
             self.assertIsNone(service.process.poll())
         finally:
             self.assertEqual(service.stop(), 0)

@@ -10,8 +10,12 @@ import re
 import shlex
 import signal
 import subprocess
+import sys
 import threading
 import time
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import hostprocess  # noqa: E402
 
 START_TIMEOUT = 60  # seconds; generous for emulated or loaded machines
 
@@ -67,13 +71,7 @@ class WebHost:
         """Sends the signal and returns (exit status, stdout text, stderr text)."""
         if self.process.stderr.closed:
             return self.process.returncode, "".join(self.lines), ""
-        if self.process.poll() is None:
-            self.process.send_signal(sig)
-        try:
-            self.process.wait(timeout)
-        except subprocess.TimeoutExpired:
-            self.process.kill()
-            self.process.wait()
+        hostprocess.stop(self.process, sig, timeout)
         self.reader.join(5)
         err = self.process.stderr.read()
         self.process.stdout.close()

@@ -45,7 +45,7 @@ unsigned Find(const JsonValue& codesets, const std::string& name) {
     return i;
 }
 
-void Store(const std::string& path, const JsonValue& document) {
+void Store(const std::string& path, const JsonValue& document, const CAtomicFile::Hook& hook = CAtomicFile::Hook()) {
     const std::string text = document.toString(true) + "\n";
     try {
         CCodesetLibrary::Parse(text);
@@ -53,7 +53,7 @@ void Store(const std::string& path, const JsonValue& document) {
         throw CCodesetsFileError("not written, " + path + " would not be a valid codesets file: " + error.what());
     }
     std::string error;
-    if (!CAtomicFile::Write(path, text, error)) throw CCodesetsFileError("not written: " + error);
+    if (!CAtomicFile::Write(path, text, error, hook)) throw CCodesetsFileError("not written: " + error);
 }
 
 // A codeset given as JSON text; its members are checked with the whole file before it is written.
@@ -91,7 +91,8 @@ JsonValue KeyJson(const LearnedKey& key) {
 
 }  // namespace
 
-void CCodesetsFile::PutKey(const std::string& path, const std::string& codeset, const LearnedKey& key) {
+void CCodesetsFile::PutKey(const std::string& path, const std::string& codeset, const LearnedKey& key,
+                           const CAtomicFile::Hook& hook) {
     JsonValue document = Load(path);
     JsonValue& codesets = document["codesets"];
     const unsigned at = Find(codesets, codeset);
@@ -113,7 +114,7 @@ void CCodesetsFile::PutKey(const std::string& path, const std::string& codeset, 
                                 "_" + protocol + "), or learn all of them again into a new one");
     }
     entry["keys"][key.name] = KeyJson(key);
-    Store(path, document);
+    Store(path, document, hook);
 }
 
 void CCodesetsFile::PutCodeset(const std::string& path, const std::string& codesetJson, const std::string& name) {

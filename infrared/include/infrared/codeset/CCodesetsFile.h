@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "infrared/codeset/Codeset.h"
+#include "infrared/formats/CAtomicFile.h"
 
 namespace infrared {
 
@@ -34,8 +35,9 @@ public:
     static constexpr std::size_t kMaxBytes = 64u << 20;  // an import of a whole database fits
 
     // Adds `key` to codeset `codeset` (replacing a key of that name), creating the codeset when
-    // missing. A codeset of another protocol is refused with a hint.
-    static void PutKey(const std::string& path, const std::string& codeset, const LearnedKey& key);
+    // missing. A codeset of another protocol is refused with a hint. `hook` sees the write's steps.
+    static void PutKey(const std::string& path, const std::string& codeset, const LearnedKey& key,
+                       const CAtomicFile::Hook& hook = CAtomicFile::Hook());
     // Adds the codeset given as a JSON object text under `name` (replacing one of that name).
     static void PutCodeset(const std::string& path, const std::string& codesetJson, const std::string& name);
     // Adds codesets given as JSON object texts under their own names, replacing codesets of the
