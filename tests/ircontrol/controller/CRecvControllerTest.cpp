@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "HostList.h"
+#include "FakePropertyList.h"
 #include "Payloads.h"
 #include "PlatformState.h"
 #include "sim/Simulator.h"
@@ -30,8 +30,8 @@ protected:
     static RequestSharedPtr MakeRequest(int key, Answer* answer = nullptr) {
         auto answered = std::make_shared<std::promise<std::string>>();
         if (answer != nullptr) *answer = answered->get_future().share();
-        const auto payload = irctest::KeyPayload("oic.d.fan", "HFAN", key);
-        auto list = irctest::HostList({sim::HostProperty::Json("setKeyEvent", payload)});
+        auto list = std::make_shared<irctest::FakePropertyList>(std::map<std::string, std::string>{
+            {"setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", key)}});
         return CRequest::Create(RequestType::Set, list, [answered](const std::string& code, const std::string&) {
             answered->set_value(code);
         });

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "HostList.h"
+#include "FakePropertyList.h"
 #include "Payloads.h"
 #include "PlatformState.h"
 #include "sim/Simulator.h"
@@ -28,7 +28,9 @@ protected:
     static Codes Handle(const std::string& name, const std::string& payload, bool list = true) {
         Codes answers;
         auto request = CRequest::Create(
-            RequestType::Set, list ? irctest::HostList({sim::HostProperty::Json(name, payload)}) : nullptr,
+            RequestType::Set, list ? std::make_shared<irctest::FakePropertyList>(
+                                         std::map<std::string, std::string>{{name, payload}})
+                                   : nullptr,
             [&](const std::string& code, const std::string&) { answers.push_back(code); });
         CIRControl control;
         if (name == "setKeyEvent") {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "HostList.h"
+#include "FakePropertyList.h"
 #include "Payloads.h"
 #include "PlatformState.h"
 #include "common/CRequest.h"
@@ -14,6 +14,19 @@
 
 namespace ircontrol {
 namespace {
+
+// A list that names its properties in the order given (duplicates and unknown names included),
+// each with a fan key as its text.
+class NamedList : public irctest::FakePropertyList {
+public:
+    explicit NamedList(std::vector<std::string> names)
+        : FakePropertyList({{"setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", 10)}, {"setDeviceEvent", "{}"}}),
+          names_(std::move(names)) {}
+    std::vector<std::string> GetPropertyNameList() override { return names_; }
+
+private:
+    std::vector<std::string> names_;
+};
 
 // What the receiver did with each name, in order: "key", "device", or "<name>?" when refused.
 std::vector<std::string> Dispatches() {
@@ -38,15 +51,10 @@ protected:
         irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
         receiver_.Init();
     }
-    // A list of the given names in that order, each with a fan key as its text.
     void Handle(const std::vector<std::string>& names) {
-        std::vector<sim::HostProperty> properties;
-        for (const auto& name : names) {
-            properties.push_back(sim::HostProperty::Json(name, irctest::KeyPayload("oic.d.fan", "HFAN", 10)));
-        }
-        auto list = irctest::HostList(properties);
         sim::Log::Clear();
-        receiver_.HandleEvent(CRequest::Create(RequestType::Set, list, [](const std::string&, const std::string&) {}));
+        receiver_.HandleEvent(CRequest::Create(RequestType::Set, std::make_shared<NamedList>(names),
+                                               [](const std::string&, const std::string&) {}));
     }
     CEventReceiver receiver_;
 };

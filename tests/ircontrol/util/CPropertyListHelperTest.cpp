@@ -4,7 +4,6 @@
 
 #include <stdexcept>
 
-#include "HostList.h"
 #include "common/CException.h"
 #include "sim/Simulator.h"
 
@@ -15,10 +14,31 @@ using sim::HostProperty;
 
 class CPropertyListHelperTest : public ::testing::Test {
 protected:
-    void SetUp() override { sim::ResetAll(); }
-    static std::shared_ptr<IPropertyListHelper> Capture(const std::vector<HostProperty>& properties) {
-        return irctest::HostList(properties);
+    void SetUp() override {
+        sim::ResetAll();
+        service_ = vyrf_service_create({"svc", 3}, {"d", 1}, nullptr, nullptr, &OnSet, nullptr, this);
+        ASSERT_NE(service_, nullptr);
     }
+    void TearDown() override { vyrf_service_destroy(service_); }
+
+    // Keeps a helper made inside the host callback, whose list the host destroys afterwards.
+    static void OnSet(void*, void*, void* list, void* self) {
+        auto* test = static_cast<CPropertyListHelperTest*>(self);
+        try {
+            test->captured_ = IPropertyListHelper::Create(list);
+        } catch (const std::invalid_argument& e) {
+            test->error_ = e.what();
+        }
+    }
+
+    std::shared_ptr<IPropertyListHelper> Capture(const std::vector<HostProperty>& properties) {
+        sim::Host::SendSet("svc", properties);
+        return std::move(captured_);
+    }
+
+    void* service_ = nullptr;
+    std::shared_ptr<IPropertyListHelper> captured_;
+    std::string error_;
 };
 
 // The copy outlives the host's list; missing or mistyped properties read empty.
@@ -54,12 +74,9 @@ TEST_F(CPropertyListHelperTest, AnUnnamedPropertyAnywhereMakesTheNameListThrow) 
 
 TEST_F(CPropertyListHelperTest, CopyOrCreateFailureThrowsInvalidArgument) {
     sim::Host::InjectFault(sim::HostFault::ListCopy);
-    try {
-        Capture({HostProperty::String("a", "1")});
-        ADD_FAILURE();
-    } catch (const std::invalid_argument& e) {
-        EXPECT_STREQ(e.what(), "failed to create list");
-    }
+    sim::Host::SendSet("svc", {HostProperty::String("a", "1")});
+    EXPECT_FALSE(captured_);
+    EXPECT_EQ(error_, "failed to create list");
     sim::Host::InjectFault(sim::HostFault::ListCreate);
     try {
         CPropertyListHelper helper;
