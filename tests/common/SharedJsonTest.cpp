@@ -75,22 +75,13 @@ TEST_F(SharedJsonTest, HandlesShareNodesClonesDoNotAndSetsFromDescendantsAreSafe
     EXPECT_EQ(tree.get_int(), 1);
 }
 
-// Every kind rewritten into every other, in place, seen through a second handle; under
-// valgrind or ASan this also shows that no payload is released twice. init gives empty values.
-TEST_F(SharedJsonTest, NodesAreRewrittenInPlaceAcrossEveryKind) {
+// A set rewrites the node in place, seen through a second handle (every pair of kinds is the
+// node rewrite's own test); init gives empty values, null for no kind.
+TEST_F(SharedJsonTest, SetAndInitRewriteTheSharedNodeInPlace) {
     SharedJson value(1LL);
     SharedJson alias = value;
-    const std::vector<std::pair<SharedJson, std::string>> steps = {
-        {SharedJson("text"), "\"text\""},   {SharedJson::Create(R"({"a":[1]})"), R"({"a":[1]})"},
-        {SharedJson(2.5), "2.5"},           {SharedJson::Create("[true]"), "[true]"},
-        {SharedJson(false), "false"},       {SharedJson(), "null"},
-        {SharedJson(7LL), "7"},             {SharedJson::Create("{}"), "{}"},
-        {SharedJson("again"), "\"again\""},
-    };
-    for (const auto& [next, text] : steps) {
-        value.set(next);
-        EXPECT_EQ(alias.to_string(false), text);
-    }
+    value.set(SharedJson::Create(R"({"a":[1]})"));
+    EXPECT_EQ(alias.to_string(false), R"({"a":[1]})");
     for (int kind = kNull; kind <= 9; ++kind) {
         value.init(static_cast<JsonType>(kind));
         EXPECT_EQ(alias.type(), kind <= kArray ? static_cast<JsonType>(kind) : kNull);

@@ -36,10 +36,10 @@ protected:
         }
     }
 
-    static uint64_t SendKey(const std::string& payload) {
+    static uint64_t SendFanKey(int key = 10) {
+        const auto payload = KeyPayload("oic.d.fan", "HFAN0001", key);
         return sim::Host::SendSet(kService, {sim::HostProperty::Json("setKeyEvent", payload)});
     }
-    static uint64_t SendFanKey(int key = 10) { return SendKey(KeyPayload("oic.d.fan", "HFAN0001", key)); }
 
     // The answer's two string properties, errorCode and description; nullopt when none came
     // before the deadline.

@@ -17,47 +17,33 @@ void OnChange(keynode_t* node, void* seen) {
     static_cast<std::vector<std::string>*>(seen)->push_back(vconf_keynode_get_name(node));
 }
 
-// Only GetString is called by the plugin; the rest belong to its fixed interface. Each row: one
-// call (after a store fault when named), and the value it read or its refusal's text.
+// Only GetString is called by the plugin (its refusals are the IR interface's pairing-list
+// rows); the rest belong to its fixed interface: one row each, its value or its refusal's text.
 TEST(CVconfUtilTest, CallsGiveTheirValueOrTheirRefusal) {
     using Fault = sim::SettingsFault;
-    struct Row { const char* name; std::function<std::string()> call; std::string expected; };
-    const std::string empty = "vconf url is empty!!!(error:4)", noCallback = "callback is null!!(error:4)";
     const auto inject = [](Fault fault) { sim::Settings::InjectFault(fault, 1); };
-    const std::vector<Row> rows = {
-        {"string", [] { CVconfUtil::SetString("db/a", "text"); return CVconfUtil::GetString("db/a"); }, "text"},
-        {"int", [] { CVconfUtil::SetInt("db/n", -4); return std::to_string(CVconfUtil::GetInt("db/n")); }, "-4"},
-        {"get string, no key", [] { return CVconfUtil::GetString(""); }, empty},
-        {"get int, no key", [] { return std::to_string(CVconfUtil::GetInt("")); }, empty},
-        {"set int, no key", [] { CVconfUtil::SetInt("", 1); return ""; }, empty},
-        {"set string, no key", [] { CVconfUtil::SetString("", "v"); return ""; }, empty},
-        // The key is checked before the callback.
-        {"notify, no key", [] { CVconfUtil::SetNotifyKeyChangedCb("", nullptr, nullptr); return ""; }, empty},
-        {"notify, no callback", [] { CVconfUtil::SetNotifyKeyChangedCb("db/k", nullptr, nullptr); return ""; },
-         noCallback},
-        {"ignore, no callback", [] { CVconfUtil::UnsetNotifyKeyChangedCb("db/k", nullptr); return ""; }, noCallback},
-        {"get string, absent", [] { return CVconfUtil::GetString("db/absent"); },
-         "vconf get str returned null!(error:8)"},
-        {"get int, absent", [] { return std::to_string(CVconfUtil::GetInt("db/absent")); },
-         "vconf get int error(error:8)"},
-        {"set int, refused", [&] { inject(Fault::SetInt); CVconfUtil::SetInt("db/k", 1); return ""; },
-         "vconf set int failed!(error:8)"},
-        {"set string, refused", [&] { inject(Fault::SetStr); CVconfUtil::SetString("db/k", "v"); return ""; },
+    const std::vector<std::pair<std::function<std::string()>, std::string>> rows = {
+        {[] { CVconfUtil::SetInt("db/n", -4); return std::to_string(CVconfUtil::GetInt("db/n")); }, "-4"},
+        {[] { return CVconfUtil::GetString(""); }, "vconf url is empty!!!(error:4)"},
+        {[] { return std::to_string(CVconfUtil::GetInt("db/absent")); }, "vconf get int error(error:8)"},
+        {[&] { inject(Fault::SetInt); CVconfUtil::SetInt("db/k", 1); return ""; }, "vconf set int failed!(error:8)"},
+        {[&] { inject(Fault::SetStr); CVconfUtil::SetString("db/k", "v"); return ""; },
          "vconf set str failed!(error:8)"},
-        {"notify, refused",
-         [&] { inject(Fault::Notify); CVconfUtil::SetNotifyKeyChangedCb("db/k", &OnChange, nullptr); return ""; },
+        // The key is checked before the callback.
+        {[] { CVconfUtil::SetNotifyKeyChangedCb("", nullptr, nullptr); return ""; }, "vconf url is empty!!!(error:4)"},
+        {[] { CVconfUtil::UnsetNotifyKeyChangedCb("db/k", nullptr); return ""; }, "callback is null!!(error:4)"},
+        {[&] { inject(Fault::Notify); CVconfUtil::SetNotifyKeyChangedCb("db/k", &OnChange, nullptr); return ""; },
          "vconf_notify_key_changed error(error:8)"},
-        {"ignore, refused",
-         [&] { inject(Fault::Ignore); CVconfUtil::UnsetNotifyKeyChangedCb("db/k", &OnChange); return ""; },
+        {[&] { inject(Fault::Ignore); CVconfUtil::UnsetNotifyKeyChangedCb("db/k", &OnChange); return ""; },
          "vconf_ignore_key_changed error(error:8)"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [call, expected] : rows) {
+        SCOPED_TRACE(expected);
         sim::ResetAll();
         try {
-            EXPECT_EQ(row.call(), row.expected);
+            EXPECT_EQ(call(), expected);
         } catch (const CException& e) {
-            EXPECT_EQ(e.what(), row.expected);
+            EXPECT_EQ(e.what(), expected);
         }
     }
 }
@@ -71,6 +57,7 @@ TEST(CVconfUtilTest, NotificationsReachTheCallbackUntilUnset) {
     sim::Settings::SetInt("db/watched", 3);
     CVconfUtil::UnsetNotifyKeyChangedCb("db/watched", &OnChange);
     CVconfUtil::SetString("db/watched", "4");
+    EXPECT_EQ(CVconfUtil::GetString("db/watched"), "4");
     EXPECT_EQ(seen, (std::vector<std::string>{"db/watched", "db/watched"}));
     EXPECT_EQ(sim::Settings::Subscribers("db/watched"), 0u);
 }
