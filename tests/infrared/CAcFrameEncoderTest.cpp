@@ -231,7 +231,6 @@ TEST(CAcFrameEncoderTest, EachChecksumRuleAndFieldKindComesFromTheDescription) {
 
 TEST(CAcFrameEncoderTest, RefusesStatesTheCodesetCannotExpress) {
     const Codeset& ac = Shipped("ZAC00005");
-    const Codeset half = TestCodeset("xor");
     struct Case {
         const Codeset* codeset;
         AcState state;
@@ -242,11 +241,8 @@ TEST(CAcFrameEncoderTest, RefusesStatesTheCodesetCannotExpress) {
         {&ac, {"on", "cool", "24", "turbo"}, "fan speed 'turbo'"},
         {&ac, {"on", "cool", "15", "auto"}, "outside"},
         {&ac, {"on", "cool", "24.25", "auto"}, "finer"},
-        {&ac, {"on", "cool", "31.5", "auto"}, "outside"},
-        {&ac, {"on", "cool", "", "auto"}, "not a number"},
         {&ac, {"on", "cool", "24C", "auto"}, "not a number"},
         {&ac, {"on", "cool", "nan", "auto"}, "not a number"},
-        {&half, {"on", "cool", "22.25", "low"}, "finer"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
