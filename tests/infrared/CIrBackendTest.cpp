@@ -58,7 +58,8 @@ TEST(CIrBackendTest, AirConditionerStatesReadBackFromTheDryRunFile) {
     const auto blocks = irtest::ReadMode2(f.file);
     ASSERT_EQ(blocks.size(), 1u);
     const auto frame = CAcFrameEncoder::BuildFrame(ac.frame, state);
-    EXPECT_EQ(irtest::ReadFrames(blocks[0].durations, ac.frame.timing), (std::vector<std::vector<std::uint8_t>>(2, frame)));
+    EXPECT_EQ(irtest::ReadFrames(blocks[0].durations, ac.frame.timing),
+              (std::vector<std::vector<std::uint8_t>>(2, frame)));
     EXPECT_EQ(blocks[0].gap, ac.frame.timing.gap);
 }
 
