@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 
 #include "AcVectors.h"
 #include "infrared/codeset/CCodesetLibrary.h"
@@ -19,6 +21,63 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 const Codeset& Shipped(const std::string& name) { return *irtest::ShippedLibrary().Find(name); }
+
+using irtest::JsonValue;
+
+// A published record's stated words in the library's terms; a word it does not state, or states
+// in a way the library has no word for, is empty and `expressible` says whether all four were.
+struct StatedWords {
+    AcState state;
+    bool expressible = false;
+};
+
+std::string Lower(std::string text) {
+    for (auto& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::string Named(const JsonValue& field, std::initializer_list<const char*> known) {
+    if (field.type() != common::json::kObject || !field["name"].isString()) return "";
+    std::string name = Lower(field["name"].asString());
+    if (name == "auto0") name = "auto";  // a remote's second code for auto fan
+    for (const char* word : known) {
+        if (name == word) return name;
+    }
+    return "";
+}
+
+StatedWords Words(const JsonValue& fields) {
+    StatedWords out;
+    if (fields["power"].isBool()) out.state.power = fields["power"].asBool() ? "on" : "off";
+    out.state.mode = Named(fields["mode"], {"auto", "cool", "dry", "fan", "heat"});
+    out.state.fan = Named(fields["fan"], {"auto", "low", "medium", "high"});
+    const JsonValue& temp = fields["temp"];
+    if (temp.type() == common::json::kObject && temp["unit"].isString() && temp["unit"].asString() == "C") {
+        const double degrees = temp["value"].asDouble();
+        std::ostringstream text;
+        text << degrees;
+        out.state.setpoint = text.str();
+    }
+    out.expressible = !out.state.mode.empty() && !out.state.fan.empty() && !out.state.setpoint.empty();
+    return out;
+}
+
+// True if the family's description says this published record's check byte is known to be off.
+bool KnownChecksumException(const std::string& family, const JsonValue& record) {
+    static const JsonValue facts = irtest::SharedIr("ac-protocols.json");
+    const JsonValue& protocols = facts["protocols"];
+    for (unsigned i = 0; i < protocols.size(); ++i) {
+        if (protocols[i]["name"].asString() != family) continue;
+        const JsonValue& known = protocols[i]["verification"]["known_exceptions"];
+        for (unsigned k = 0; k < known.size(); ++k) {
+            for (unsigned s = 0; s < record["sources"].size(); ++s) {
+                if (known[k].asString().find(record["sources"][s].asString()) != std::string::npos) return true;
+            }
+        }
+    }
+    return false;
+}
+
 
 // Every field the encoder writes, as (slot, the word it belongs to) so a disagreement names it.
 struct Written {
@@ -63,13 +122,13 @@ TEST(CAcFrameEncoderTest, PublishedStatesAgreeOnEveryFieldTheEncoderSetsAndOnThe
             ++otherModel;
             continue;
         }
-        if (!irtest::KnownChecksumException(codeset->family, record)) {
+        if (!KnownChecksumException(codeset->family, record)) {
             for (const auto& rule : f.checksums) {
                 if (published.size() != f.bytes.size()) break;
                 EXPECT_EQ(published[rule.slot.byte] & rule.slot.mask, CAcFrameEncoder::ComputeChecksum(rule, published));
             }
         }
-        irtest::StatedWords words = irtest::Words(record["fields"]);
+        StatedWords words = Words(record["fields"]);
         if (words.state.power == "off" && !f.offFrame.empty()) {
             EXPECT_EQ(published, f.offFrame);
             ++compared;
