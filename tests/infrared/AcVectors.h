@@ -24,17 +24,6 @@ const infrared::Codeset* ShippedFamily(const std::string& protocol);
 // A record's bytes: its "state" array, or its "value" written big-endian into `size` bytes.
 std::vector<std::uint8_t> RecordBytes(const JsonValue& record, std::size_t size);
 
-// The record's stated words in the library's terms; a word it does not state, or states in a
-// way the library has no word for, is empty and `expressible` says whether all four were.
-struct StatedWords {
-    infrared::AcState state;
-    bool expressible = false;
-};
-StatedWords Words(const JsonValue& fields);
-
-// True if the family's description says this published record's check byte is known to be off.
-bool KnownChecksumException(const std::string& family, const JsonValue& record);
-
 // Whether the bytes carry the bits the codeset treats as the family's model signature.
 bool SameModel(const infrared::AcFrameFormat& format, const std::vector<std::uint8_t>& bytes);
 

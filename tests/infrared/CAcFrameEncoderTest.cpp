@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 
 #include "AcVectors.h"
 #include "infrared/codeset/CCodesetLibrary.h"
@@ -19,6 +21,63 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 const Codeset& Shipped(const std::string& name) { return *irtest::ShippedLibrary().Find(name); }
+
+using irtest::JsonValue;
+
+// A published record's stated words in the library's terms; a word it does not state, or states
+// in a way the library has no word for, is empty and `expressible` says whether all four were.
+struct StatedWords {
+    AcState state;
+    bool expressible = false;
+};
+
+std::string Lower(std::string text) {
+    for (auto& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::string Named(const JsonValue& field, std::initializer_list<const char*> known) {
+    if (field.type() != common::json::kObject || !field["name"].isString()) return "";
+    std::string name = Lower(field["name"].asString());
+    if (name == "auto0") name = "auto";  // a remote's second code for auto fan
+    for (const char* word : known) {
+        if (name == word) return name;
+    }
+    return "";
+}
+
+StatedWords Words(const JsonValue& fields) {
+    StatedWords out;
+    if (fields["power"].isBool()) out.state.power = fields["power"].asBool() ? "on" : "off";
+    out.state.mode = Named(fields["mode"], {"auto", "cool", "dry", "fan", "heat"});
+    out.state.fan = Named(fields["fan"], {"auto", "low", "medium", "high"});
+    const JsonValue& temp = fields["temp"];
+    if (temp.type() == common::json::kObject && temp["unit"].isString() && temp["unit"].asString() == "C") {
+        const double degrees = temp["value"].asDouble();
+        std::ostringstream text;
+        text << degrees;
+        out.state.setpoint = text.str();
+    }
+    out.expressible = !out.state.mode.empty() && !out.state.fan.empty() && !out.state.setpoint.empty();
+    return out;
+}
+
+// True if the family's description says this published record's check byte is known to be off.
+bool KnownChecksumException(const std::string& family, const JsonValue& record) {
+    static const JsonValue facts = irtest::SharedIr("ac-protocols.json");
+    const JsonValue& protocols = facts["protocols"];
+    for (unsigned i = 0; i < protocols.size(); ++i) {
+        if (protocols[i]["name"].asString() != family) continue;
+        const JsonValue& known = protocols[i]["verification"]["known_exceptions"];
+        for (unsigned k = 0; k < known.size(); ++k) {
+            for (unsigned s = 0; s < record["sources"].size(); ++s) {
+                if (known[k].asString().find(record["sources"][s].asString()) != std::string::npos) return true;
+            }
+        }
+    }
+    return false;
+}
+
 
 // Every field the encoder writes, as (slot, the word it belongs to) so a disagreement names it.
 struct Written {
@@ -63,13 +122,13 @@ TEST(CAcFrameEncoderTest, PublishedStatesAgreeOnEveryFieldTheEncoderSetsAndOnThe
             ++otherModel;
             continue;
         }
-        if (!irtest::KnownChecksumException(codeset->family, record)) {
+        if (!KnownChecksumException(codeset->family, record)) {
             for (const auto& rule : f.checksums) {
                 if (published.size() != f.bytes.size()) break;
                 EXPECT_EQ(published[rule.slot.byte] & rule.slot.mask, CAcFrameEncoder::ComputeChecksum(rule, published));
             }
         }
-        irtest::StatedWords words = irtest::Words(record["fields"]);
+        StatedWords words = Words(record["fields"]);
         if (words.state.power == "off" && !f.offFrame.empty()) {
             EXPECT_EQ(published, f.offFrame);
             ++compared;
@@ -117,19 +176,13 @@ struct FrameCase {
 // Electric 23 CB 26 01 00, power (byte 5), mode (6) with its companion nibble in byte 8, set
 // point - 16 (7) with the half-degree bit 0x10, fan | vane 0x40 with auto 0x80 (9), the sum of
 // bytes 0-16 (17); Coolix: each byte's inverse is added on air only, off is B2 7B E0, fan-only
-// mode puts 0xE in the set point's nibble and auto mode fan code 0.
+// mode puts 0xE in the set point's nibble. The published states carry the other combinations.
 const std::vector<FrameCase> kWorked = {
     {"ZAC00005", {"on", "cool", "24", "auto"},
      {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x18, 0x08, 0x36, 0xc0, 0, 0, 0, 0, 0, 0, 0, 0x4b}},
-    {"ZAC00005", {"off", "heat", "16", "low"},
-     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x00, 0x08, 0x00, 0x30, 0x41, 0, 0, 0, 0, 0, 0, 0, 0x8e}},
-    {"ZAC00005", {"on", "dry", "31", "high"},
-     {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x10, 0x0f, 0x32, 0x43, 0, 0, 0, 0, 0, 0, 0, 0xc9}},
     {"ZAC00005", {"on", "fan", "22.5", "medium"},
      {0x23, 0xcb, 0x26, 0x01, 0x00, 0x20, 0x38, 0x16, 0x37, 0x42, 0, 0, 0, 0, 0, 0, 0, 0xfc}},
     {"ZAC00008", {"on", "fan", "24", "high"}, {0xb2, 0x3f, 0xe4}},
-    {"ZAC00008", {"on", "auto", "20", "low"}, {0xb2, 0x1f, 0x28}},
-    {"ZAC00008", {"on", "heat", "27", "medium"}, {0xb2, 0x5f, 0x9c}},
     {"ZAC00008", {"off", "cool", "24", "auto"}, {0xb2, 0x7b, 0xe0}},
 };
 
@@ -139,7 +192,7 @@ TEST(CAcFrameEncoderTest, ShippedCodesetsSendTheFramesWorkedOutFromTheirLayouts)
         SCOPED_TRACE(std::string(c.codeset) + " " + c.state.power + " " + c.state.mode + " " + c.state.setpoint + " " + c.state.fan);
         const Codeset& ac = Shipped(c.codeset);
         EXPECT_EQ(CAcFrameEncoder::BuildFrame(ac.frame, c.state), c.expected);
-        // Coolix's pulses (each byte and its inverse) are held to the published transmissions.
+        // Mitsubishi's pulses here; Coolix's (each byte and its inverse) by the published transmissions.
         if (std::string(c.codeset) != "ZAC00005") continue;
         const PulseTrain train = CAcFrameEncoder::Encode(ac.frame, c.expected, ac.carrier, ac.dutyCycle);
         EXPECT_EQ(std::tie(train.carrier, train.trailingGap), std::tie(ac.carrier, ac.frame.timing.gap));
@@ -231,7 +284,6 @@ TEST(CAcFrameEncoderTest, EachChecksumRuleAndFieldKindComesFromTheDescription) {
 
 TEST(CAcFrameEncoderTest, RefusesStatesTheCodesetCannotExpress) {
     const Codeset& ac = Shipped("ZAC00005");
-    const Codeset half = TestCodeset("xor");
     struct Case {
         const Codeset* codeset;
         AcState state;
@@ -242,11 +294,8 @@ TEST(CAcFrameEncoderTest, RefusesStatesTheCodesetCannotExpress) {
         {&ac, {"on", "cool", "24", "turbo"}, "fan speed 'turbo'"},
         {&ac, {"on", "cool", "15", "auto"}, "outside"},
         {&ac, {"on", "cool", "24.25", "auto"}, "finer"},
-        {&ac, {"on", "cool", "31.5", "auto"}, "outside"},
-        {&ac, {"on", "cool", "", "auto"}, "not a number"},
         {&ac, {"on", "cool", "24C", "auto"}, "not a number"},
         {&ac, {"on", "cool", "nan", "auto"}, "not a number"},
-        {&half, {"on", "cool", "22.25", "low"}, "finer"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);

@@ -35,22 +35,6 @@ protected:
     std::string path_ = dir_ + "/state.json";
 };
 
-TEST_F(AtomicFile, ReplacesTheContentAndLeavesNothingElse) {
-    std::string error;
-    ASSERT_TRUE(CAtomicFile::Write(path_, "old", error)) << error;
-    ASSERT_TRUE(CAtomicFile::Write(path_, "new and longer", error)) << error;
-    EXPECT_EQ(Content(), "new and longer");
-    EXPECT_EQ(Entries(), std::vector<std::string>{path_});
-}
-
-TEST_F(AtomicFile, PassesEveryStepInOrder) {
-    std::vector<CAtomicFile::Step> steps;
-    std::string error;
-    ASSERT_TRUE(CAtomicFile::Write(path_, "x", error, [&](CAtomicFile::Step s) { steps.push_back(s); }));
-    using S = CAtomicFile::Step;
-    EXPECT_EQ(steps, (std::vector<S>{S::Created, S::HalfWritten, S::Written, S::Synced, S::Renamed, S::DirectorySynced}));
-}
-
 // A child process writes and is killed by SIGKILL right after one step; whatever the step, the
 // file is then the old one or the new one, whole.
 TEST_F(AtomicFile, KilledAtAnyStepLeavesTheOldOrTheNewFile) {

@@ -1,6 +1,8 @@
-// Every scancode protocol is encoded, written through the dry-run file and decoded by lirc's
-// irsimreceive against a lircd.conf written here from the protocol's published timings: the
-// decoder must name the key that was sent, and no other.
+// One key of each protocol family is encoded, written through the dry-run file and decoded by
+// lirc's irsimreceive against a lircd.conf written here from the protocol's published timings:
+// the decoder must name the key that was sent, and no other. The other layouts of a family (necx,
+// nec32, sanyo, sony15) are held by the decoder's published captures and round trips; rc5's
+// second key sends the command's seventh bit as rc5x does.
 #include "infrared/encode/CKeyEncoder.h"
 
 #include <gtest/gtest.h>
@@ -52,15 +54,7 @@ std::vector<ProtocolCase> Cases() {
     const std::vector<std::string> one = {"KEY_POWER"}, three = {"KEY_POWER", "KEY_POWER", "KEY_POWER"};
     return {
         {"nec", Protocol::Nec, Remote(32, kSpace, kNec),
-         {{"KEY_POWER", 0x0408, NecCode(0x04, 0xfb, 0x08, 0xf7), one},
-          {"KEY_MODE", 0x04f0, NecCode(0x04, 0xfb, 0xf0, 0x0f), {"KEY_MODE"}}}},
-        {"necx", Protocol::NecX, Remote(32, kSpace, kNec),
-         {{"KEY_POWER", 0x12345a, NecCode(0x12, 0x34, 0x5a, 0xa5), one}}},
-        // address 0x34 / 0x12 and command 0x5a / 0x78: neither byte pair is complementary
-        {"nec32", Protocol::Nec32, Remote(32, kSpace, kNec),
-         {{"KEY_POWER", 0x12347856, NecCode(0x34, 0x12, 0x56, 0x78), one}}},
-        {"sanyo", Protocol::Sanyo, Remote(42, kSpace, kNec),
-         {{"KEY_POWER", 0x1c3d2, 0x1c3ULL | (0x1c3ULL ^ 0x1fff) << 13 | 0xd2ULL << 26 | (0xd2ULL ^ 0xff) << 34, one}}},
+         {{"KEY_POWER", 0x0408, NecCode(0x04, 0xfb, 0x08, 0xf7), one}}},
         {"jvc", Protocol::Jvc,
          Remote(16, kSpace, {"header 8400 4200", "one 526 1578", "zero 526 526", "ptrail 526", "gap 60000"}),
          {{"KEY_POWER", 0x03c1, 0x03 | 0xc1 << 8, one}}},
@@ -69,15 +63,12 @@ std::vector<ProtocolCase> Cases() {
          Remote(15, kPlain, {"one 320 1680", "zero 320 680", "ptrail 320", "gap 40000"}),
          {{"KEY_POWER", 0x1116, 0x11 | 0x16 << 5 | 1 << 13, {"KEY_POWER", "KEY_POWER_CHECK"}}}},
         {"sony12", Protocol::Sony12, Remote(12, kSpace, kSony), {{"KEY_POWER", 0x010015, 0x15 | 0x01 << 7, three}}},
-        {"sony15", Protocol::Sony15, Remote(15, kSpace, kSony), {{"KEY_POWER", 0x970015, 0x15 | 0x97 << 7, three}}},
         {"sony20", Protocol::Sony20, Remote(20, kSpace, kSony),
          {{"KEY_POWER", 0x1a5b15, 0x15 | 0x1a << 7 | 0x5b << 12, three}}},
         // S2 (inverted command bit 6), toggle 0, address, 6 command bits
         {"rc5", Protocol::Rc5, Remote(13, "RC5|CONST_LENGTH", kRc5),
          {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, one},
           {"KEY_MODE", 0x1f4c, 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
-        // S2 = 0 carries the command's seventh bit
-        {"rc5x", Protocol::Rc5x, Remote(13, "RC5|CONST_LENGTH", kRc5), {{"KEY_POWER", 0x1350, 0x13 << 6 | 0x10, one}}},
         // 26-bit address 0x1234567 and command 0xbeef, no complements
         {"nec42", Protocol::Nec42, Remote(42, kSpace, kNec),
          {{"KEY_POWER", 0x1234567beefULL, 0x1234567ULL | 0xbeefULL << 26, one}}},

@@ -107,9 +107,7 @@ TEST(CLircTransmitterTest, LetsTheKernelEncodeOnlySingleFrameScancodes) {
         bool deviceTakesScancodes;
         bool kernel;
     } cases[] = {
-        {Protocol::Nec, true, true}, {Protocol::Jvc, true, true},
-        {Protocol::Rc6Mode0, true, false},  // the toggle bit flips on every press
-        {Protocol::Sony12, true, false},    // three frames per press
+        {Protocol::Nec, true, true}, {Protocol::Jvc, true, true}, {Protocol::Sony12, true, false},
         {Protocol::Nec, false, false},
     };
     for (const auto& c : cases) {

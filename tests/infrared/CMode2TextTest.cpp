@@ -47,15 +47,9 @@ TEST(CMode2TextTest, RefusesABadLineWithItsNumberAndReason) {
     };
     const std::vector<Case> cases = {
         {"pulse 100\nspce 100\n", "f:2: 'spce' is not pulse, space, timeout or carrier"},
-        {"pulse\n", "f:1: expected a whole number"},
-        {"pulse -5\n", "f:1: expected a whole number"},
         {"pulse 12x\n", "f:1: expected a whole number"},
-        {"pulse 1 2\n", "f:1: expected a whole number"},
-        {"pulse 99999999999999999999\n", "f:1: expected a whole number"},
         {"pulse 60000001\n", "f:1: expected a whole number"},
         {"# ok\n\nspace 10\nPULSE 10\n", "f:4: 'PULSE'"},
-        {"pulse 10\nKEY_POWER\n", "f:2: 'KEY_POWER' is not pulse"},
-        {"pulse 0x10\n", "f:1: expected a whole number"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);

@@ -1,11 +1,5 @@
 #include "ImportSupport.h"
 
-
-#include <algorithm>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-
 #include "JsonValue.h"
 #include "infrared/CIrBackend.h"
 #include "infrared/codeset/CAcStateTable.h"
@@ -37,20 +31,6 @@ std::vector<std::string> SendAll(const std::shared_ptr<const infrared::CCodesetL
         names.push_back(result.ok ? CAcStateTable::Find(found, request).frame.name : "");
     }
     return names;
-}
-
-std::vector<std::string> LircRoundTrip(const std::string& lircdConf) {
-    const std::string dir = TempDir();
-    WriteText(dir + "/lircd.conf", lircdConf);
-    // irsimsend writes simsend.out into its working directory; it lives beside irsimreceive.
-    const std::string irsimreceive = IRC_IRSIMRECEIVE;
-    const std::string irsimsend = irsimreceive.substr(0, irsimreceive.rfind('/') + 1) + "irsimsend";
-    const std::string command = "cd '" + dir + "' && '" + irsimsend + "' lircd.conf >/dev/null 2>&1";
-    if (std::system(command.c_str()) != 0) return {};
-    WriteText(dir + "/sent.txt", "space 200000\n" + ReadText(dir + "/simsend.out"));
-    const auto presses = Presses(IrsimReceive(lircdConf, dir + "/sent.txt").keys);
-    (void)std::system(("rm -rf '" + dir + "'").c_str());
-    return presses;
 }
 
 std::vector<std::string> Presses(const std::vector<std::string>& keys) {

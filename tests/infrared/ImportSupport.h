@@ -20,10 +20,6 @@ std::shared_ptr<const infrared::CCodesetLibrary> Library(const std::vector<std::
 std::vector<std::string> SendAll(const std::shared_ptr<const infrared::CCodesetLibrary>& library,
                                  const std::string& codeset, const std::string& mode2);
 
-// What lircd itself sends for every button of `lircdConf` (irsimsend), decoded by irsimreceive
-// with the same file: the presses lirc gets back from its own signals.
-std::vector<std::string> LircRoundTrip(const std::string& lircdConf);
-
 // Consecutive repeats merged: the keys irsimreceive saw, one per press.
 std::vector<std::string> Presses(const std::vector<std::string>& keys);
 

@@ -2,44 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 
 namespace irtest {
-
-std::vector<Mode2Block> ReadMode2(const std::string& path) {
-    std::vector<Mode2Block> blocks;
-    std::ifstream in(path);
-    std::string line;
-    while (std::getline(in, line)) {
-        if (line.rfind("# ", 0) == 0) {
-            blocks.push_back(Mode2Block{line, {}, 0});
-            continue;
-        }
-        std::istringstream words(line);
-        std::string kind;
-        std::uint32_t value = 0;
-        const bool expected = !blocks.empty() && (words >> kind >> value) &&
-                              kind == (blocks.back().durations.size() % 2 == 0 ? "space" : "pulse");
-        if (!expected) {
-            ADD_FAILURE() << "unexpected line: " << line;
-            continue;
-        }
-        blocks.back().durations.push_back(value);
-    }
-    // Each block is: lead-in gap, pulse, space, ..., pulse, closing gap.
-    for (auto& block : blocks) {
-        auto& d = block.durations;
-        if (d.size() < 3 || d.size() % 2 == 0 || d.front() != d.back()) {
-            ADD_FAILURE() << "malformed block after " << block.header;
-            continue;
-        }
-        block.gap = d.front();
-        d.pop_back();
-        d.erase(d.begin());
-    }
-    return blocks;
-}
 
 std::vector<std::vector<std::uint8_t>> ReadFrames(const std::vector<std::uint32_t>& d, const infrared::FrameTiming& t) {
     std::vector<std::vector<std::uint8_t>> frames;
