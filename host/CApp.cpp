@@ -38,9 +38,10 @@ int CApp::run() {
     if (command == nullptr || command->run == nullptr) return fail("unknown command '" + options_.command + "'", 2);
     sim::ResetAll();
     if (options_.verbose) echo_ = std::make_unique<CLogEcho>(err_, errIsTerminal_, options_.logLevel);
+    std::string error;
+    // Every command: `learn --config FILE` writes where the service reads learned keys.
+    if (!configure(error)) return fail(error, 2);
     if (command->needs != CommandNeeds::Nothing) {
-        std::string error;
-        if (!configure(error)) return fail(error, 2);
         bool badPath = false;
         // A path that names no readable file is a mistake on the command line; a file that is
         // not the expected JSON is an unusable input.

@@ -197,7 +197,9 @@ const std::vector<CommandInfo>& CCommandLine::Commands() {
           {"code", "the key code the plugin will send for it"},
           {"ac", "learn an air conditioner: one press picks its protocol, every state works afterwards"}},
          "Needs --codesets FILE (created when missing; everything else in it is kept) and\n"
-         "--ir-receiver DEV|FILE. Waits up to --timeout (default 30000 ms) for each press.\n",
+         "--ir-receiver DEV|FILE. With --config and a state directory the key goes to its\n"
+         "learned.json instead (SIGHUP makes a running service load it). Waits up to --timeout\n"
+         "(default 30000 ms) for each press.\n",
          CommandNeeds::Nothing, RunLearn, "", {"ac"}},
         {"import", "turn Flipper .ir files and lircd.conf remotes into codesets: import FILE... --codesets OUT",
          {{"name", "CODESET name (one FILE; default: the file's or the remote's name)"},

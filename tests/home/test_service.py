@@ -2,7 +2,9 @@
 import collections
 import json
 import os
+import shlex
 import signal
+import subprocess
 import time
 import unittest
 import sys
@@ -223,9 +225,17 @@ class Restarts(unittest.TestCase):
                 client = Client(self.broker, "ircontrol/#")
                 client.next(lambda t, p: t == "ircontrol/status" and p == b"online")
         self.assertEqual(service.stop(), 0)
+        # The command line's learn, given the service's file, writes beside the page's key.
+        press = learnfiles.sent(self.dir.name, "purifier", 13, "sleep.txt")
+        presses = learnfiles.presses(self.dir.name, "sleeps.txt", press, press)
+        command = shlex.split(os.environ.get("IRC_TARGET_RUNNER", "")) + [
+            os.environ["IRC_HOST"], "--plugin", os.environ["IRC_PLUGIN"], "--config", service.config,
+            "--ir-receiver", presses, "learn", "--codeset", "HFAN0001", "--key", "turbo", "--code", "11"]
+        learn = subprocess.run(command, capture_output=True, text=True, timeout=120)
+        self.assertEqual(learn.returncode, 0, learn.stdout + learn.stderr)
         with open(os.path.join(service.state, "learned.json")) as kept:
             learned = json.load(kept)["codesets"]
-        self.assertEqual([(c["name"], sorted(c["keys"])) for c in learned], [("HFAN0001", ["boost"])])
+        self.assertEqual([(c["name"], sorted(c["keys"])) for c in learned], [("HFAN0001", ["boost", "turbo"])])
 
     def test_a_killed_service_is_marked_offline_by_its_last_will(self):
         service = Service(self.dir.name, self.broker)
