@@ -2,8 +2,10 @@
 // and setup of the loaded plugin, with what they are told kept in the state directory. Run()
 // serves until SIGTERM or SIGINT; SIGHUP reads the configuration file again and applies all of
 // it that a running service can take (codesets, learned keys, catalogue, IR devices, broker,
-// credentials, topics), all or nothing, and logs what takes a restart (listen address, state
-// directory, pairing file). Construct, Run and destroy on the command's thread; throws nothing.
+// credentials, topics) and logs what takes a restart (listen address, state directory, pairing
+// file). A file or setup that is refused changes nothing; a broker that then refuses the new
+// settings is logged, with the rest applied. Construct, Run and destroy on the command's thread;
+// throws nothing.
 #pragma once
 
 #include <memory>
