@@ -6,25 +6,9 @@
 namespace infrared {
 namespace {
 
-using Durations = std::vector<std::uint32_t>;
-
-// Samples given in turn: 'M'ark, 'S'pace, 'C'arrier, 'D'iscard, 'E'nd; the captures they close.
-std::vector<Capture> Feed(CCaptureBuilder& builder, const std::vector<std::pair<char, std::uint32_t>>& samples) {
-    std::vector<Capture> out;
-    for (const auto& [kind, value] : samples) {
-        std::optional<Capture> done;
-        if (kind == 'M') done = builder.Mark(value);
-        if (kind == 'S') done = builder.Space(value);
-        if (kind == 'C') builder.Carrier(value);
-        if (kind == 'D') builder.Discard();
-        if (kind == 'E') done = builder.End();
-        if (done) out.push_back(*done);
-    }
-    return out;
-}
-
+// Samples are given in turn: 'M'ark, 'S'pace, 'C'arrier, 'D'iscard, 'E'nd.
 TEST(CCaptureBuilderTest, CutsMergesAndTimesCaptures) {
-    struct Case {
+    const struct {
         const char* name;
         std::vector<std::pair<char, std::uint32_t>> samples;
         std::vector<Capture> captures;  // durations, carrier, start
@@ -50,7 +34,16 @@ TEST(CCaptureBuilderTest, CutsMergesAndTimesCaptures) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         CCaptureBuilder builder(10000);
-        const auto captures = Feed(builder, c.samples);
+        std::vector<Capture> captures;
+        for (const auto& [kind, value] : c.samples) {
+            std::optional<Capture> done;
+            if (kind == 'M') done = builder.Mark(value);
+            if (kind == 'S') done = builder.Space(value);
+            if (kind == 'C') builder.Carrier(value);
+            if (kind == 'D') builder.Discard();
+            if (kind == 'E') done = builder.End();
+            if (done) captures.push_back(*done);
+        }
         ASSERT_EQ(captures.size(), c.captures.size());
         for (std::size_t i = 0; i < captures.size(); ++i) {
             EXPECT_EQ(std::tie(captures[i].durations, captures[i].carrier, captures[i].startUs),
