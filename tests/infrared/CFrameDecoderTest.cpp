@@ -1,19 +1,14 @@
 // Captures are split into frames, copies of a press folded, noise skipped, keys named by the
-// loaded codesets, and what no protocol explains kept as one clean raw frame; the Flipper test
-// vectors and published air-conditioner captures decode as their publishers say.
+// loaded codesets, and what no protocol explains kept as one clean raw frame; published
+// air-conditioner captures decode as their publisher says.
 #include "infrared/decode/CFrameDecoder.h"
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "AcVectors.h"
-#include "ImportSupport.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "infrared/encode/CKeyEncoder.h"
 #include "infrared/encode/CProntoCode.h"
-#include "infrared/formats/CFlipperIrFile.h"
-#include "infrared/import/CCodesetImporter.h"
 
 namespace infrared {
 namespace {
@@ -159,66 +154,6 @@ Durations DurationsOf(const irtest::JsonValue& list) {
     Durations out;
     for (unsigned i = 0; i < list.size(); ++i) out.push_back(static_cast<std::uint32_t>(list[i].asInt64()));
     return out;
-}
-
-// The frame the importer makes of a Flipper message sends (its mapping is pinned by hand in its
-// own test): a key compared as its frame makes nec and nec32 spellings of one frame one key.
-Durations Imported(const irtest::JsonValue& message) {
-    FlipperSignal signal;
-    signal.name = "K";
-    signal.protocol = message["protocol"].asString();
-    signal.address = static_cast<std::uint32_t>(message["address"].asInt64());
-    signal.command = static_cast<std::uint32_t>(message["command"].asInt64());
-    CCodesetImporter::Options options;
-    options.kindGiven = true;
-    const ImportedFile report = CCodesetImporter::ImportText(CFlipperIrFile::Write({signal}), "v.ir", options);
-    if (report.codesets.empty()) return {};
-    const CodesetKey& key = irtest::Library({report.codesets[0].json})->Codesets()[0].keys[0];
-    return Key(key.protocol, key.scancode);
-}
-
-// Each published Flipper capture (its messages in a row, each after the silence before it)
-// holds the keys the Flipper read in it and no other key; copies of a press are one frame here
-// where the Flipper lists each.
-TEST(CFrameDecoderVectorsTest, FlipperCapturesHoldTheKeysTheFlipperRead) {
-    const auto json = irtest::SharedIr("vectors/flipper-irtest.json");
-    if (json.isNull()) GTEST_SKIP() << "no " << kShared << "/vectors/flipper-irtest.json: not checked";
-    struct Source {
-        std::string name;
-        std::vector<std::pair<std::uint32_t, Durations>> trains;
-        std::set<Durations> keys;
-        bool dittos;  // NEC repeat frames
-    };
-    std::vector<Source> sources;
-    for (unsigned i = 0; i < json.size(); ++i) {
-        const auto& m = json[i];
-        if (m["direction"].asString() != "decode") continue;
-        if (sources.empty() || sources.back().name != m["source"].asString()) {
-            sources.push_back({m["source"].asString(), {}, {}, false});
-        }
-        const Durations timings = DurationsOf(m["timings"]);
-        sources.back().trains.push_back({timings[0], Durations(timings.begin() + 1, timings.end())});
-        const bool ditto = m["repeat"].asBool() && timings.size() == 4;  // the silence, 9000, 2250, 563
-        sources.back().dittos = sources.back().dittos || ditto;
-        if (!ditto) sources.back().keys.insert(Imported(m));
-    }
-    ASSERT_GT(sources.size(), 10u);
-    for (const Source& source : sources) {
-        std::set<Durations> keys;
-        bool dittos = false;
-        const auto frames = Decode(Join(source.trains));
-        for (std::size_t i = 0; i < frames.size(); ++i) {
-            // The Flipper's receiver keeps only the second frame of a two-frame Pioneer key (25.5 ms
-            // apart, under its 26 ms end-of-frame silence).
-            const bool pioneerFirst = i + 1 < frames.size() && frames[i].protocol == Protocol::Pioneer &&
-                                      frames[i + 1].protocol == Protocol::Pioneer;
-            if (frames[i].kind != Kind::Key || pioneerFirst) continue;
-            dittos = dittos || frames[i].repeat;
-            if (!frames[i].repeat) keys.insert(Key(frames[i].protocol, frames[i].scancode));
-        }
-        EXPECT_EQ(keys, source.keys) << source.name;
-        EXPECT_EQ(dittos, source.dittos) << source.name;
-    }
 }
 
 // Real air-conditioner captures of the shipped families name their family among all codesets
