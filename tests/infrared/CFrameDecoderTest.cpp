@@ -113,11 +113,12 @@ TEST(CFrameDecoderTest, UnknownSignalIsOneCleanRawFrameWithItsPronto) {
     EXPECT_EQ(back.durations.size(), copy.size());
 }
 
-// Every key and air-conditioner frame of the shipped codesets, sent as the library sends it (a
-// Sony key as three copies), is one frame named by its own codeset, also when a key press follows.
-TEST(CFrameDecoderTest, ShippedKeysAndAirConditionerFramesAreWholeAndNamed) {
+// Every key of the shipped codesets, sent as the library sends it (a Sony key as three copies),
+// is one frame named by its own codeset. Air-conditioner frames are named through the published
+// captures below and the key learner's tests.
+TEST(CFrameDecoderTest, ShippedKeysAreWholeAndNamed) {
     const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
-    int keys = 0, families = 0;
+    int keys = 0;
     for (const Codeset& codeset : library->Codesets()) {
         for (const CodesetKey& key : codeset.keys) {
             const bool pronto = codeset.protocol == Protocol::Pronto;
@@ -129,23 +130,8 @@ TEST(CFrameDecoderTest, ShippedKeysAndAirConditionerFramesAreWholeAndNamed) {
                       std::tie(codeset.name, key.name, key.code));
             ++keys;
         }
-        if (codeset.protocol != Protocol::Aircon) continue;
-        const AcFrameFormat& f = codeset.frame;
-        const AcState state{"on", f.mode.values.front().first, std::to_string(static_cast<int>(f.setpoint.max)),
-                            f.fan.values.front().first};
-        const auto bytes = CAcFrameEncoder::BuildFrame(f, state);
-        const auto train = CAcFrameEncoder::Encode(f, bytes, codeset.carrier, codeset.dutyCycle).durations;
-        const auto frames = Decode(Join({{0, train}, {200000, Key(Protocol::Nec, 0x0408)}}), library);
-        SCOPED_TRACE(codeset.name);
-        ASSERT_EQ(frames.size(), 2u);
-        EXPECT_EQ(frames[0].kind, Kind::Aircon);
-        EXPECT_EQ(std::tie(frames[0].codeset, frames[0].family, frames[0].bytes, frames[0].state.power),
-                  std::tie(codeset.name, codeset.family, bytes, state.power));
-        EXPECT_EQ(frames[1].protocol, Protocol::Nec);
-        ++families;
     }
     EXPECT_GT(keys, 10);
-    EXPECT_GT(families, 10);
 }
 
 const std::string kShared = IRC_SOURCE_DIR "/../shared/ir";
