@@ -50,8 +50,6 @@ const Layout kLayouts[] = {
 
 class CKeyDecoderGridTest : public ::testing::TestWithParam<Layout> {};
 
-void PrintTo(const Layout& layout, std::ostream* out) { *out << ProtocolName(layout.protocol); }
-
 // 300 scancodes per protocol, each clean and with one seeded distortion.
 TEST_P(CKeyDecoderGridTest, FramesDecodeBackToTheScancodeSent) {
     const Layout& layout = GetParam();
