@@ -9,12 +9,12 @@
 
 #include <fstream>
 
+#include "ErrorOf.h"
 #include "IrsimReceive.h"
 
 namespace infrared {
 namespace {
 
-using Durations = std::vector<std::uint32_t>;
 using std::chrono::milliseconds;
 
 // The receiver opens its end first, so a writer opened after it never blocks.
@@ -25,15 +25,15 @@ std::string Pipe() {
 }
 
 const std::string kPress = "pulse 9000\nspace 4500\npulse 560\n";
-const Durations kDurations{9000, 4500, 560};
+const std::vector<std::uint32_t> kDurations{9000, 4500, 560};
 
 TEST(CFifoReceiverTest, TheNextWriterIsHeardAfterOneLeft) {
     const std::string path = Pipe();
     CFifoReceiver receiver(path);
-    std::ofstream(path) << "pulse 300\nspace 300\npulse 300\n";
+    std::ofstream(path) << kPress;
     auto capture = receiver.Next(milliseconds(1000));
     ASSERT_TRUE(capture);
-    EXPECT_EQ(capture->durations, (Durations{300, 300, 300}));
+    EXPECT_EQ(capture->durations, kDurations);
     std::ofstream(path) << kPress + "timeout 100000\n";
     capture = receiver.Next(milliseconds(1000));
     ASSERT_TRUE(capture);
@@ -50,12 +50,8 @@ TEST(CFifoReceiverTest, RefusesBadTextWithPipeAndLineAndReadsOn) {
         CFifoReceiver receiver(path);
         std::ofstream writer(path);
         writer << text << std::flush;
-        try {
-            receiver.Next(milliseconds(1000));
-            ADD_FAILURE() << "accepted " << words;
-        } catch (const CReceiveError& error) {
-            EXPECT_NE(std::string(error.what()).find(path + words), std::string::npos) << error.what();
-        }
+        const std::string error = irtest::ErrorOf<CReceiveError>([&] { receiver.Next(milliseconds(1000)); });
+        EXPECT_NE(error.find(path + words), std::string::npos) << error;
         writer << "\n" + kPress;
         writer.close();
         const auto capture = receiver.Next(milliseconds(1000));
