@@ -45,9 +45,9 @@ TEST(CFrameDecoderTest, SplitsFoldsAndReportsEachPress) {
         Durations capture;
         std::vector<Expected> frames;
     } scenarios[] = {
-        {"nec press held for two repeats, the key again a second later",
-         Join({{0, Key(nec, 0x0408)}, {40000, ditto}, {96000, ditto}, {1000000, Key(nec, 0x0408)}}),
-         {{nec, 0x0408, false, {}}, {nec, 0x0408, true, {}}, {nec, 0x0408, true, {}}, {nec, 0x0408, false, {}}}},
+        {"nec press, a second later again and held for two repeats",
+         Join({{0, Key(nec, 0x0408)}, {1000000, Key(nec, 0x0408)}, {40000, ditto}, {96000, ditto}}),
+         {{nec, 0x0408, false, {}}, {nec, 0x0408, false, {}}, {nec, 0x0408, true, {}}, {nec, 0x0408, true, {}}}},
         {"sharp press, frame and check frame", Key(Protocol::Sharp, 0x1116), {{Protocol::Sharp, 0x1116, false, {}}}},
         {"jvc press with header-less copies", Key(jvc, 0x03c1, false, 2), {{jvc, 0x03c1, false, {}}}},
         {"pioneer press, two frames", Key(Protocol::Pioneer, 0xaf36), {{Protocol::Pioneer, 0xaf36, false, {}}}},

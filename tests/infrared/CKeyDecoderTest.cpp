@@ -109,7 +109,7 @@ TEST(CKeyDecoderTest, DamagedFramesAreNotKeys) {
     } cases[] = {
         {"rca address check", Protocol::Rca, 0x354, 2 + 2 * 12 + 1, 0},
         {"pioneer command check", Protocol::Pioneer, 0xaf36, 2 + 2 * 24 + 1, 0},
-        {"kaseikyo parity", Protocol::Kaseikyo, 0x325441001b, 2 + 2 * 17 + 1, 0},
+        {"kaseikyo vendor parity", Protocol::Kaseikyo, 0x325441001b, 2 + 2 * 3 + 1, 0},
         {"kaseikyo check byte", Protocol::Kaseikyo, 0x325441001b, 2 + 2 * 45 + 1, 0},
         {"nec cut", Protocol::Nec, 0x0408, 0, 6},
         {"rc6 cut", Protocol::Rc6Mode0, 0x800c, 0, 8},
@@ -119,10 +119,13 @@ TEST(CKeyDecoderTest, DamagedFramesAreNotKeys) {
         // only the first copy
         const auto gap = std::find_if(durations.begin() + 1, durations.end(), [](std::uint32_t d) { return d > 6000; });
         durations.erase(gap, durations.end());
-        if (c.flip != 0) {
-            std::uint32_t& space = durations[c.flip];
-            space = space > 1.5 * durations[c.flip - 1] ? durations[c.flip - 1] : 3 * durations[c.flip - 1];
+        // A bit's space swapped between the frame's shortest and longest bit spaces: 0 and 1.
+        std::uint32_t zero = UINT32_MAX, one = 0;
+        for (std::size_t i = 3; i < durations.size(); i += 2) {
+            zero = std::min(zero, durations[i]);
+            one = std::max(one, durations[i]);
         }
+        if (c.flip != 0) durations[c.flip] = durations[c.flip] == one ? zero : one;
         durations.resize(durations.size() - c.cut);
         const auto match = CKeyDecoder::DecodeFrame(durations);
         EXPECT_TRUE(!match || match->protocol != c.protocol) << c.what;
