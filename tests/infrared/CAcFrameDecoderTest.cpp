@@ -14,8 +14,6 @@
 namespace infrared {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 std::vector<const Codeset*> Families() {
     std::vector<const Codeset*> out;
     for (const auto& codeset : irtest::ShippedLibrary().Codesets()) {
@@ -41,7 +39,7 @@ TEST(CAcFrameDecoderTest, EveryStateOfEveryFamilyReadsBackAfterSending) {
                         setpoint << degrees;
                         const AcState sent{power, mode, setpoint.str(), fan};
                         SCOPED_TRACE(codeset->family + " " + power + " " + mode + " " + sent.setpoint + " " + fan);
-                        const Bytes bytes = CAcFrameEncoder::BuildFrame(f, sent);
+                        const auto bytes = CAcFrameEncoder::BuildFrame(f, sent);
                         const auto train = CAcFrameEncoder::Encode(f, bytes, codeset->carrier, codeset->dutyCycle);
                         const bool offFrame = !f.offFrame.empty() && power == "off";
                         for (const double factor : {1.0, 1.25, 0.8}) {
@@ -67,7 +65,7 @@ TEST(CAcFrameDecoderTest, EveryStateOfEveryFamilyReadsBackAfterSending) {
 TEST(CAcFrameDecoderTest, RefusesOtherFamiliesAndDamagedFrames) {
     const auto families = Families();
     for (const Codeset* from : families) {
-        const Bytes bytes = CAcFrameEncoder::BuildFrame(from->frame, {"on", "cool", "24", "auto"});
+        const auto bytes = CAcFrameEncoder::BuildFrame(from->frame, {"on", "cool", "24", "auto"});
         const auto train = CAcFrameEncoder::Encode(from->frame, bytes, from->carrier, from->dutyCycle).durations;
         for (const Codeset* to : families) {
             if (to == from) continue;  // LG and LG2 share a payload too: only their timings tell them apart

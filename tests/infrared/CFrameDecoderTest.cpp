@@ -64,6 +64,9 @@ TEST(CFrameDecoderTest, SplitsFoldsAndReportsEachPress) {
         const auto frames = Decode(s.capture);
         SCOPED_TRACE(s.what);
         ASSERT_EQ(frames.size(), s.frames.size());
+        std::uint64_t length = 0;
+        for (const auto d : s.capture) length += d;
+        EXPECT_EQ(frames.back().startUs + frames.back().durationUs, length) << "copies held up to the capture's end";
         for (std::size_t i = 0; i < frames.size(); ++i) {
             const DecodedFrame& f = frames[i];
             EXPECT_EQ(std::tie(f.protocol, f.scancode, f.repeat, f.toggle), s.frames[i]);

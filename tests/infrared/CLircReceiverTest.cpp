@@ -16,7 +16,6 @@ namespace infrared {
 namespace {
 
 using irtest::CFakeLircDevice;
-using Durations = std::vector<std::uint32_t>;
 constexpr std::chrono::milliseconds kWait(500);
 constexpr std::uint32_t kAll = LIRC_CAN_REC_MODE2 | LIRC_CAN_SET_REC_TIMEOUT | LIRC_CAN_MEASURE_CARRIER;
 
@@ -129,7 +128,7 @@ TEST(CLircReceiverTest, FailuresWhileReadingLoseOnlyThePressUnderWay) {
         EXPECT_EQ(error, c.error);
         const auto next = receiver.Next(kWait);
         ASSERT_TRUE(next);
-        EXPECT_EQ(next->durations, (Durations{300, 300, 300})) << "nothing of the lost press kept";
+        EXPECT_EQ(next->durations, (std::vector<std::uint32_t>{300, 300, 300})) << "nothing of the lost press kept";
     }
 }
 

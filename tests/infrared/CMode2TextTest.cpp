@@ -12,8 +12,6 @@
 namespace infrared {
 namespace {
 
-using Durations = std::vector<std::uint32_t>;
-
 // A timeout or a comment line (the dry-run sink's header of each transmission) ends a capture,
 // however short the silence after it; a carrier belongs to the capture after it.
 TEST(CMode2TextTest, ReadsSamplesCommentsTimeoutsAndCarriers) {
