@@ -44,9 +44,9 @@ TEST(CFileReceiverTest, RefusesWhatIsNotARecording) {
         {std::string("pulse 1\0\1\2", 11), "f: a binary file"},
         {kFlipper + "type: parsed\nprotocol: NEC\naddress: 04 00 00 00\ncommand: 08 00 00 00\n", "f: no raw signals"},
     };
-    for (const auto& [text, words] : cases) {
-        const std::string error = irtest::ErrorOf<CReceiveError>([&] { CFileReceiver receiver(text, "f"); });
-        EXPECT_NE(error.find(words), std::string::npos) << error;
+    for (const auto& c : cases) {
+        const std::string error = irtest::ErrorOf<CReceiveError>([&] { CFileReceiver receiver(c.first, "f"); });
+        EXPECT_NE(error.find(c.second), std::string::npos) << error;
     }
 }
 

@@ -36,9 +36,9 @@ TEST(CMode2TextTest, RefusesABadLineWithItsNumberAndReason) {
         {"pulse 12x\n", "f:1: expected a whole number"},
         {"pulse 60000001\n", "f:1: expected a whole number"},
     };
-    for (const auto& [text, message] : cases) {
-        const std::string error = irtest::ErrorOf<CFormatError>([&] { CMode2Text::Parse(text, "f"); });
-        EXPECT_EQ(error.rfind(message, 0), 0u) << error;
+    for (const auto& c : cases) {
+        const std::string error = irtest::ErrorOf<CFormatError>([&] { CMode2Text::Parse(c.first, "f"); });
+        EXPECT_EQ(error.rfind(c.second, 0), 0u) << error;
     }
 }
 

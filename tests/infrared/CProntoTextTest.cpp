@@ -30,9 +30,9 @@ TEST(CProntoTextTest, RefusesALineThatIsNotALearnedCode) {
         {"0000 006D 0001 0000 0010 +fff\n", "p:1: '+fff' is not a 4-digit hex word"},
         {"0000 " + std::string(20000, 'A') + "\n", "p:1: longer than a Pronto code can be"},
     };
-    for (const auto& [text, message] : cases) {
-        const std::string error = irtest::ErrorOf<CFormatError>([&] { CProntoText::Parse(text, "p"); });
-        EXPECT_EQ(error.rfind(message, 0), 0u) << error;
+    for (const auto& c : cases) {
+        const std::string error = irtest::ErrorOf<CFormatError>([&] { CProntoText::Parse(c.first, "p"); });
+        EXPECT_EQ(error.rfind(c.second, 0), 0u) << error;
     }
 }
 
