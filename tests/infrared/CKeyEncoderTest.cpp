@@ -29,8 +29,6 @@ struct ProtocolCase {
     std::vector<KeyCase> keys;
 };
 
-void PrintTo(const ProtocolCase& c, std::ostream* out) { *out << c.name; }
-
 std::uint64_t NecCode(std::uint32_t a, std::uint32_t na, std::uint32_t c, std::uint32_t nc) {
     return a | na << 8 | c << 16 | static_cast<std::uint64_t>(nc) << 24;  // REVERSE: first bit is bit 0
 }
@@ -136,18 +134,6 @@ TEST(CKeyEncoderTest, RepeatsAddWholeCopies) {
     EXPECT_EQ(thrice.durations.size(), 3 * once.durations.size() + 2);
     EXPECT_EQ(thrice.OnAirMicroseconds() + thrice.trailingGap, 3 * (once.OnAirMicroseconds() + once.trailingGap));
     EXPECT_THROW(CKeyEncoder::Encode(Protocol::Raw, 1, false, 0, 38000, 33), std::invalid_argument);
-}
-
-// The kernel may stand in for the user-space encoder only where it sends the very same train:
-// one frame per press, no copies, no toggle bit.
-TEST(CKeyEncoderTest, KernelEncodesOnlyAOneFramePressWithoutCopiesOrToggle) {
-    const std::tuple<Protocol, std::uint32_t, bool> cases[] = {
-        {Protocol::Nec, 0, true},     {Protocol::Nec, 1, false},   {Protocol::Rc5, 0, false},
-        {Protocol::Sony12, 0, false}, {Protocol::Raw, 0, false},
-    };
-    for (const auto& [protocol, repeats, kernel] : cases) {
-        EXPECT_EQ(CKeyEncoder::KernelMayEncode(protocol, repeats), kernel) << ProtocolName(protocol) << " " << repeats;
-    }
 }
 
 }  // namespace
