@@ -38,16 +38,6 @@ Transmission Pulses(int emitter) {
 
 std::string Error(const std::function<void()>& action) { return irtest::ErrorOf<CTransmitError>(action); }
 
-TEST(CLircTransmitterTest, ChecksTheDeviceWhenOpened) {
-    auto device = Device();
-    CLircTransmitter transmitter("/dev/lirc0", device, kCarriers);
-    EXPECT_EQ(device->calls,
-              (Calls{"open /dev/lirc0", "GET_FEATURES", "SET_SEND_CARRIER 38000", "SET_SEND_CARRIER 36000",
-                     "SET_TRANSMITTER_MASK 4294967295", "SET_SEND_MODE 8", "SET_SEND_MODE 2"}));
-    EXPECT_EQ(transmitter.Emitters(), 4);
-    EXPECT_TRUE(transmitter.SendsScancodes());
-}
-
 TEST(CLircTransmitterTest, RefusesAtStartWithAReasonAndClosesWhatItOpened) {
     const std::tuple<Fault, const char*, int> cases[] = {
         {[](auto& d) { d.openResult = -ENOENT; }, "no such device", 0},
@@ -67,16 +57,18 @@ TEST(CLircTransmitterTest, RefusesAtStartWithAReasonAndClosesWhatItOpened) {
     }
 }
 
-// Carrier and duty cycle are set only when they change; a device without emitter selection has
-// one emitter.
-TEST(CLircTransmitterTest, SendsPulsesWithCarrierDutyAndEmitterSetFirst) {
+// Opening checks every codeset's carrier and probes scancode sending; on send, carrier and duty
+// cycle are set only when they change; a device without emitter selection has one emitter.
+TEST(CLircTransmitterTest, ChecksTheDeviceWhenOpenedAndSendsPulsesWithCarrierDutyAndEmitterSetFirst) {
     auto device = Device();
     CLircTransmitter transmitter("/dev/lirc0", device, kCarriers);
-    device->calls.clear();
+    EXPECT_EQ(std::make_pair(transmitter.Emitters(), transmitter.SendsScancodes()), std::make_pair(4, true));
     const Transmission t = Pulses(3);
     transmitter.Transmit(t);
     transmitter.Transmit(t);
-    EXPECT_EQ(device->calls, (Calls{"SET_TRANSMITTER_MASK 4", "SET_SEND_CARRIER 40000", "SET_SEND_DUTY_CYCLE 50",
+    EXPECT_EQ(device->calls, (Calls{"open /dev/lirc0", "GET_FEATURES", "SET_SEND_CARRIER 38000", "SET_SEND_CARRIER 36000",
+                                    "SET_TRANSMITTER_MASK 4294967295", "SET_SEND_MODE 8", "SET_SEND_MODE 2",
+                                    "SET_TRANSMITTER_MASK 4", "SET_SEND_CARRIER 40000", "SET_SEND_DUTY_CYCLE 50",
                                     "write 12", "SET_TRANSMITTER_MASK 4", "write 12"}));
     std::vector<std::uint32_t> sent(3);
     std::memcpy(sent.data(), device->lastWrite.data(), 12);
@@ -84,10 +76,9 @@ TEST(CLircTransmitterTest, SendsPulsesWithCarrierDutyAndEmitterSetFirst) {
 
     device = Device(LIRC_CAN_SEND_PULSE | LIRC_CAN_SET_SEND_CARRIER);
     CLircTransmitter single("/dev/lirc0", device, kCarriers);
-    EXPECT_EQ(single.Emitters(), 1);
     device->calls.clear();
     single.Transmit(Pulses(1));
-    EXPECT_EQ(device->calls, (Calls{"SET_SEND_CARRIER 40000", "write 12"}));
+    EXPECT_EQ(std::make_pair(single.Emitters(), device->calls), std::make_pair(1, Calls{"SET_SEND_CARRIER 40000", "write 12"}));
 }
 
 // The kernel may stand in for the user-space encoder only where it sends the very same train:
