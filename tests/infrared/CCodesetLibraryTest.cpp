@@ -53,23 +53,20 @@ TEST(CCodesetLibraryTest, ReadsNumbersWideScancodesAndProtocolCarriers) {
     }
 }
 
+// One member per kind of check: JSON, objects, strings, numbers, the protocol's scancode bits,
+// unique codes and names, carriers, raw durations.
 TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
     const std::pair<std::string, const char*> cases[] = {
         {"{", "not valid JSON"},
-        {"[]", "\"codesets\" array"},
         {One("1"), "codesets[0]: must be an object"},
-        {One(R"({"protocol":"nec","keys":{}})"), "codesets[0].name: must be a string"},
         {One(R"({"name":"X","protocol":"nec9","keys":{}})"), "codesets[0].protocol: 'nec9' is not a known protocol"},
         {Nec(R"("keys":{})"), "codesets[0].keys: must name at least one key"},
         {Nec(R"("keys":{"a":{"code":1}})"), "codesets[0].keys.a.scancode: must be a number"},
         {One(R"({"name":"X","protocol":"rca","keys":{"a":{"code":1,"scancode":"0x1054"}}})"), "does not fit rca (bits 0xfff)"},
-        {Nec(R"("keys":{"a":{"code":-1,"scancode":1}})"), "keys.a.code: must not be negative"},
         {Nec(R"("keys":{"a":{"code":1,"scancode":"12x"}})"), "'12x' is not a number"},
         {Nec(R"("keys":{"a":{"code":1,"scancode":1},"b":{"code":1,"scancode":2}})"), "keys.b.code: is used by another key"},
         {Nec(R"("carrier":5,"keys":{"a":{"code":1,"scancode":1}})"), "carrier: must be at least 10000 Hz"},
-        {Nec(R"("duty_cycle":0,"keys":{"a":{"code":1,"scancode":1}})"), "duty_cycle: must be 1..100"},
         {One(R"({"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[9000,4500]}}})"), "keys.a.raw: must be an odd number"},
-        {One(R"({"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[9000,0,560]}}})"), "durations must not be 0"},
         {R"({"codesets":[{"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[1]}}},)"
          R"({"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[1]}}}]})", "codesets[1].name: 'X' is defined twice"},
         {One(R"({"name":"A","protocol":"aircon"})"), "codesets[0].timing: must be an object"},
@@ -77,29 +74,23 @@ TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
     for (const auto& [text, says] : cases) EXPECT_NE(Refusal(text).find(says), std::string::npos) << text << "\n  -> " << Refusal(text);
 }
 
-// Each check of the frame description, by one member that fails it.
+// One member per kind of check of the frame description: masks, slots, ranges, required members,
+// bytes, set point tables, checksums, sections, per-mode bits (the unchanged description is accepted).
 TEST(CCodesetLibraryTest, RefusesFrameDescriptionsNamingTheMember) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"}}}", "}}}", "(no error)"},
         {R"("values":{"cool":2})", R"("values":{"cool":"0x10"})", "frame.mode.values.cool: has bits outside the slot's mask"},
-        {R"("values":{"cool":2})", R"("values":{})", "frame.mode.values: must name at least one value"},
         {R"("values":{"cool":2})", R"("values":{"cool":[2,3]})", "frame.mode.values.cool: needs one byte per slot"},
         {R"("max":30)", R"("max":300)", "frame.setpoint: the range does not fit the slot"},
-        {R"("max":30)", R"("max":10)", "frame.setpoint: min is above max"},
         {R"("trailer":500,)", "", "timing.trailer: is required"},
-        {R"("bytes":[1,2,3])", R"("bytes":[])", "frame.bytes: must be a non-empty array"},
         {R"("bytes":[1,2,3])", R"("bytes":[1,2,256])", "frame.bytes[2]: 256 is larger than 255"},
-        {R"("byte":1,"offset")", R"("byte":9,"offset")", "frame.setpoint.byte: is outside the frame's bytes"},
         {R"("offset":16,"min":16,"max":30)", R"("table":{"warm":1})", "frame.setpoint.table.warm: is not a number of degrees"},
         {"}}}", R"(},"checksum":{"rule":"crc","byte":2,"from":0,"to":1}}})", "checksum.rule: 'crc' is not sum, byte_sum"},
         {"}}}", R"(},"checksum":{"rule":"xor","byte":2,"from":1,"to":0}}})", "from..to must lie within the frame"},
-        {"}}}", R"(},"checksum":{"rule":"sum","byte":2,"from":0,"to":1,"negate":1}}})", "checksum.negate: must be true or false"},
         {R"("frame":{)", R"("sections":[{"from":0,"to":1}],"frame":{)", "sections: do not send every byte of the frame's bytes"},
         {R"("frame":{)", R"("sections":[{"from":0,"to":3}],"frame":{)", "sections[0]: lies outside the frame's bytes"},
         {R"("frame":{)", R"("sections":[{"bits":"0120"},{"from":0}],"frame":{)", "sections[0].bits: must be 1 to 64"},
-        {R"("frame":{)", R"("sections":[{"from":0,"header":[1]}],"frame":{)", "sections[0].header: must be [mark, space]"},
         {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"heat":{}},)", "frame.per_mode.heat: is not one of the frame's modes"},
-        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"cool":{"ignores":["power"]}},)", "per_mode.cool.ignores[0]: must be"},
         {R"("frame":{"bytes":[1,2,3],"power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}})",
          R"("sections":[{"from":0,"to":2}],"frame":{"bytes":[1,2,3],"power":{"off_frame":[1,2]})", "sections[0]: lies outside the off frame"},
     };
