@@ -37,22 +37,6 @@ TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheTool
     EXPECT_EQ(library->Find("NOSUCH"), nullptr);
 }
 
-// Numbers may be hex text, decimal text or JSON integers; the layouts wider than 32 bits keep
-// every bit; each protocol gets its own carrier unless the codeset gives one.
-TEST(CCodesetLibraryTest, ReadsNumbersWideScancodesAndProtocolCarriers) {
-    const auto library = CCodesetLibrary::Parse(R"({"codesets":[
-        {"name":"H","protocol":"necx","carrier":"0x9470","keys":{"a":{"code":"2","scancode":255}}},
-        {"name":"K","protocol":"kaseikyo","keys":{"a":{"code":1,"scancode":"0x3ffffff03ff"}}},
-        {"name":"P","protocol":"pioneer","keys":{"a":{"code":1,"scancode":"0xaf36"}}},
-        {"name":"X","protocol":"rc5x","keys":{"a":{"code":1,"scancode":"0x1350"}}}]})");
-    const std::tuple<const char*, std::uint32_t, int, std::uint64_t> cases[] = {
-        {"H", 38000, 2, 255}, {"K", 38000, 1, 0x3ffffff03ffULL}, {"P", 40000, 1, 0xaf36}, {"X", 36000, 1, 0x1350}};
-    for (const auto& [name, carrier, code, scancode] : cases) {
-        const Codeset& c = *library->Find(name);
-        EXPECT_EQ(std::tie(c.carrier, c.keys[0].code, c.keys[0].scancode), std::tie(carrier, code, scancode)) << name;
-    }
-}
-
 // One member per kind of check: JSON, objects, strings, numbers, the protocol's scancode bits,
 // unique codes and names, carriers, raw durations.
 TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
@@ -61,12 +45,10 @@ TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
         {One("1"), "codesets[0]: must be an object"},
         {One(R"({"name":"X","protocol":"nec9","keys":{}})"), "codesets[0].protocol: 'nec9' is not a known protocol"},
         {Nec(R"("keys":{})"), "codesets[0].keys: must name at least one key"},
-        {Nec(R"("keys":{"a":{"code":1}})"), "codesets[0].keys.a.scancode: must be a number"},
         {One(R"({"name":"X","protocol":"rca","keys":{"a":{"code":1,"scancode":"0x1054"}}})"), "does not fit rca (bits 0xfff)"},
         {Nec(R"("keys":{"a":{"code":1,"scancode":"12x"}})"), "'12x' is not a number"},
         {Nec(R"("keys":{"a":{"code":1,"scancode":1},"b":{"code":1,"scancode":2}})"), "keys.b.code: is used by another key"},
         {Nec(R"("carrier":5,"keys":{"a":{"code":1,"scancode":1}})"), "carrier: must be at least 10000 Hz"},
-        {One(R"({"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[9000,4500]}}})"), "keys.a.raw: must be an odd number"},
         {R"({"codesets":[{"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[1]}}},)"
          R"({"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[1]}}}]})", "codesets[1].name: 'X' is defined twice"},
         {One(R"({"name":"A","protocol":"aircon"})"), "codesets[0].timing: must be an object"},
@@ -80,16 +62,12 @@ TEST(CCodesetLibraryTest, RefusesFrameDescriptionsNamingTheMember) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"}}}", "}}}", "(no error)"},
         {R"("values":{"cool":2})", R"("values":{"cool":"0x10"})", "frame.mode.values.cool: has bits outside the slot's mask"},
-        {R"("values":{"cool":2})", R"("values":{"cool":[2,3]})", "frame.mode.values.cool: needs one byte per slot"},
         {R"("max":30)", R"("max":300)", "frame.setpoint: the range does not fit the slot"},
-        {R"("trailer":500,)", "", "timing.trailer: is required"},
         {R"("bytes":[1,2,3])", R"("bytes":[1,2,256])", "frame.bytes[2]: 256 is larger than 255"},
         {R"("offset":16,"min":16,"max":30)", R"("table":{"warm":1})", "frame.setpoint.table.warm: is not a number of degrees"},
         {"}}}", R"(},"checksum":{"rule":"crc","byte":2,"from":0,"to":1}}})", "checksum.rule: 'crc' is not sum, byte_sum"},
-        {"}}}", R"(},"checksum":{"rule":"xor","byte":2,"from":1,"to":0}}})", "from..to must lie within the frame"},
         {R"("frame":{)", R"("sections":[{"from":0,"to":1}],"frame":{)", "sections: do not send every byte of the frame's bytes"},
         {R"("frame":{)", R"("sections":[{"from":0,"to":3}],"frame":{)", "sections[0]: lies outside the frame's bytes"},
-        {R"("frame":{)", R"("sections":[{"bits":"0120"},{"from":0}],"frame":{)", "sections[0].bits: must be 1 to 64"},
         {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"heat":{}},)", "frame.per_mode.heat: is not one of the frame's modes"},
         {R"("frame":{"bytes":[1,2,3],"power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}})",
          R"("sections":[{"from":0,"to":2}],"frame":{"bytes":[1,2,3],"power":{"off_frame":[1,2]})", "sections[0]: lies outside the off frame"},
