@@ -14,15 +14,15 @@ std::string Refusal(const std::string& text) {
     return irtest::ErrorOf<std::invalid_argument>([&] { CCodesetLibrary::Parse(text); });
 }
 
-std::string One(const std::string& codeset) { return R"({"codesets":[)" + codeset + "]}"; }
-std::string Nec(const std::string& members) { return One(R"({"name":"X","protocol":"nec",)" + members + "}"); }
+std::string One(const std::string& codeset) { return R"({"codesets":[{"name":"X",)" + codeset + "}]}"; }
 
 // An air conditioner the frame checks below change one member of.
 const std::string kAc =
-    One(R"({"name":"A","protocol":"aircon","timing":{"mark":500,"one":1500,"zero":500,"trailer":500,"gap":9000},)"
+    One(R"("protocol":"aircon","timing":{"mark":500,"one":1500,"zero":500,"trailer":500,"gap":9000},)"
         R"("frame":{"bytes":[1,2,3],"power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}},)"
-        R"("mode":{"byte":0,"mask":"0x0e","values":{"cool":2}},"fan":{"byte":0,"mask":"0x30","values":{"auto":"0x10"}},)"
-        R"("setpoint":{"byte":1,"offset":16,"min":16,"max":30}}})");
+        R"("mode":{"byte":0,"mask":"0x0e","values":{"cool":2}},)"
+        R"("fan":{"byte":0,"mask":"0x30","values":{"auto":"0x10"}},)"
+        R"("setpoint":{"byte":1,"offset":16,"min":16,"max":30}})");
 
 TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheToolsShow) {
     const auto library = CCodesetLibrary::Parse(DefaultCodesetsText());
@@ -37,40 +37,37 @@ TEST(CCodesetLibraryTest, ShippedCodesetsNameTheirSourceAndKeepTheKeyMapsTheTool
     EXPECT_EQ(library->Find("NOSUCH"), nullptr);
 }
 
-// One member per kind of check: JSON, objects, strings, numbers, the protocol's scancode bits,
-// unique codes and names, carriers, raw durations.
+// One member per kind of check: JSON, objects, names, numbers, the protocol's scancode bits,
+// unique codes and names, carriers.
 TEST(CCodesetLibraryTest, RefusesMistakesNamingTheMember) {
+    const std::string key = R"("protocol":"nec","keys":{"a":{"code":1,"scancode":1})";
     const std::pair<std::string, const char*> cases[] = {
         {"{", "not valid JSON"},
-        {One("1"), "codesets[0]: must be an object"},
-        {One(R"({"name":"X","protocol":"nec9","keys":{}})"), "codesets[0].protocol: 'nec9' is not a known protocol"},
-        {Nec(R"("keys":{})"), "codesets[0].keys: must name at least one key"},
-        {One(R"({"name":"X","protocol":"rca","keys":{"a":{"code":1,"scancode":"0x1054"}}})"), "does not fit rca (bits 0xfff)"},
-        {Nec(R"("keys":{"a":{"code":1,"scancode":"12x"}})"), "'12x' is not a number"},
-        {Nec(R"("keys":{"a":{"code":1,"scancode":1},"b":{"code":1,"scancode":2}})"), "keys.b.code: is used by another key"},
-        {Nec(R"("carrier":5,"keys":{"a":{"code":1,"scancode":1}})"), "carrier: must be at least 10000 Hz"},
-        {R"({"codesets":[{"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[1]}}},)"
-         R"({"name":"X","protocol":"raw","keys":{"a":{"code":1,"raw":[1]}}}]})", "codesets[1].name: 'X' is defined twice"},
-        {One(R"({"name":"A","protocol":"aircon"})"), "codesets[0].timing: must be an object"},
+        {R"({"codesets":[1]})", "codesets[0]: must be an object"},
+        {One(R"("protocol":"nec9","keys":{})"), "codesets[0].protocol: 'nec9' is not a known protocol"},
+        {One(R"("protocol":"nec","keys":{})"), "codesets[0].keys: must name at least one key"},
+        {One(R"("protocol":"rca","keys":{"a":{"code":1,"scancode":"0x1054"}})"), "does not fit rca (bits 0xfff)"},
+        {One(R"("protocol":"nec","keys":{"a":{"code":1,"scancode":"12x"}})"), "a.scancode: '12x' is not a number"},
+        {One(key + R"(,"b":{"code":1,"scancode":2}})"), "keys.b.code: is used by another key"},
+        {One(R"("carrier":5,)" + key + "}"), "carrier: must be at least 10000 Hz"},
+        {R"({"codesets":[{"name":"X",)" + key + R"(}},{"name":"X",)" + key + "}}]}", "[1].name: 'X' is defined twice"},
+        {One(R"("protocol":"aircon")"), "codesets[0].timing: must be an object"},
     };
-    for (const auto& [text, says] : cases) EXPECT_NE(Refusal(text).find(says), std::string::npos) << text << "\n  -> " << Refusal(text);
+    for (const auto& [text, says] : cases) EXPECT_NE(Refusal(text).find(says), std::string::npos) << Refusal(text);
 }
 
-// One member per kind of check of the frame description: masks, slots, ranges, required members,
-// bytes, set point tables, checksums, sections, per-mode bits (the unchanged description is accepted).
+// One member per kind of check of the frame description (the unchanged description is accepted).
 TEST(CCodesetLibraryTest, RefusesFrameDescriptionsNamingTheMember) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"}}}", "}}}", "(no error)"},
-        {R"("values":{"cool":2})", R"("values":{"cool":"0x10"})", "frame.mode.values.cool: has bits outside the slot's mask"},
+        {R"("cool":2)", R"("cool":"0x10")", "frame.mode.values.cool: has bits outside the slot's mask"},
         {R"("max":30)", R"("max":300)", "frame.setpoint: the range does not fit the slot"},
-        {R"("bytes":[1,2,3])", R"("bytes":[1,2,256])", "frame.bytes[2]: 256 is larger than 255"},
-        {R"("offset":16,"min":16,"max":30)", R"("table":{"warm":1})", "frame.setpoint.table.warm: is not a number of degrees"},
-        {"}}}", R"(},"checksum":{"rule":"crc","byte":2,"from":0,"to":1}}})", "checksum.rule: 'crc' is not sum, byte_sum"},
-        {R"("frame":{)", R"("sections":[{"from":0,"to":1}],"frame":{)", "sections: do not send every byte of the frame's bytes"},
+        {"[1,2,3]", "[1,2,256]", "frame.bytes[2]: 256 is larger than 255"},
+        {R"("offset":16,"min":16,"max":30)", R"("table":{"warm":1})", "table.warm: is not a number of degrees"},
+        {"}}}", R"(},"checksum":{"rule":"crc","byte":2,"from":0,"to":1}}})", "checksum.rule: 'crc' is not sum"},
+        {R"("frame":{)", R"("sections":[{"from":0,"to":1}],"frame":{)", "sections: do not send every byte"},
         {R"("frame":{)", R"("sections":[{"from":0,"to":3}],"frame":{)", "sections[0]: lies outside the frame's bytes"},
-        {R"("bytes":[1,2,3],)", R"("bytes":[1,2,3],"per_mode":{"heat":{}},)", "frame.per_mode.heat: is not one of the frame's modes"},
-        {R"("frame":{"bytes":[1,2,3],"power":{"byte":0,"mask":"0x01","values":{"on":1,"off":0}})",
-         R"("sections":[{"from":0,"to":2}],"frame":{"bytes":[1,2,3],"power":{"off_frame":[1,2]})", "sections[0]: lies outside the off frame"},
+        {"[1,2,3],", R"([1,2,3],"per_mode":{"heat":{}},)", "frame.per_mode.heat: is not one of the frame's modes"},
     };
     for (const auto& [from, to, says] : cases) {
         std::string text = kAc;
