@@ -94,7 +94,8 @@ TEST(CCodesetImporter, RecognisedAirConditionerCapturesOfferTheProtocolCodeset) 
 // A reader's refusal and a file with nothing to import both name the file and the line.
 TEST(CCodesetImporter, RefusesWholeFilesWithFileAndLine) {
     const std::pair<std::string, const char*> cases[] = {
-        {"begin remote\n  name x\n  bits 8\n  one 1 1\n  zero 1 1\n  begin codes\n    A 0x100\n  end codes\n",
+        {"begin remote\n  name x\n  bits 8\n  one 1 1\n  zero 1 1\n  begin codes\n    A 0x100\n  end codes\n"
+         "end remote\n",
          "Acme_Fan.ir:7: code of 'A' does not fit 8 bits"},
         {kHeader + Parsed("Temp+", "RCA", "01 00 00 00", "01 00 00 00"), "Acme_Fan.ir:0: no signal"},
     };
