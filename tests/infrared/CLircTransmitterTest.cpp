@@ -22,8 +22,10 @@ using Fault = std::function<void(CFakeLircDevice&)>;
 
 const std::vector<std::pair<std::string, std::uint32_t>> kCarriers = {{"HFAN0001", 38000}, {"HPUR0002", 36000}};
 
-std::shared_ptr<CFakeLircDevice> Device(std::uint32_t features = LIRC_CAN_SEND_PULSE | LIRC_CAN_SET_SEND_CARRIER |
-                                                                 LIRC_CAN_SET_SEND_DUTY_CYCLE | LIRC_CAN_SET_TRANSMITTER_MASK) {
+constexpr std::uint32_t kAll =
+    LIRC_CAN_SEND_PULSE | LIRC_CAN_SET_SEND_CARRIER | LIRC_CAN_SET_SEND_DUTY_CYCLE | LIRC_CAN_SET_TRANSMITTER_MASK;
+
+std::shared_ptr<CFakeLircDevice> Device(std::uint32_t features = kAll) {
     auto device = std::make_shared<CFakeLircDevice>();
     device->features = features;
     return device;
@@ -36,8 +38,6 @@ Transmission Pulses(int emitter) {
     return t;
 }
 
-std::string Error(const std::function<void()>& action) { return irtest::ErrorOf<CTransmitError>(action); }
-
 TEST(CLircTransmitterTest, RefusesAtStartWithAReasonAndClosesWhatItOpened) {
     const std::tuple<Fault, const char*, int> cases[] = {
         {[](auto& d) { d.openResult = -ENOENT; }, "no such device", 0},
@@ -45,14 +45,15 @@ TEST(CLircTransmitterTest, RefusesAtStartWithAReasonAndClosesWhatItOpened) {
         {[](auto& d) { d.openResult = -EBUSY; }, std::strerror(EBUSY), 0},
         {[](auto& d) { d.failing[LIRC_GET_FEATURES] = -ENOTTY; }, "not a lirc device", 1},
         {[](auto& d) { d.features = LIRC_CAN_REC_MODE2; }, "cannot send IR", 1},
-        {[](auto& d) { d.failing[LIRC_SET_SEND_CARRIER] = -EINVAL; }, "cannot send at 38000 Hz, which codeset HFAN0001", 1},
-        {[](auto& d) { d.features = LIRC_CAN_SEND_PULSE; }, "cannot set its carrier, and codeset HPUR0002 needs 36000", 1},
+        {[](auto& d) { d.failing[LIRC_SET_SEND_CARRIER] = -EINVAL; }, "at 38000 Hz, which codeset HFAN0001", 1},
+        {[](auto& d) { d.features = LIRC_CAN_SEND_PULSE; }, "its carrier, and codeset HPUR0002 needs 36000", 1},
     };
     for (const auto& [fault, says, closes] : cases) {
         SCOPED_TRACE(says);
         auto device = Device();
         fault(*device);
-        EXPECT_NE(Error([&] { CLircTransmitter("/dev/lirc0", device, kCarriers); }).find(says), std::string::npos);
+        const auto error = irtest::ErrorOf<CTransmitError>([&] { CLircTransmitter("/dev/lirc0", device, kCarriers); });
+        EXPECT_NE(error.find(says), std::string::npos) << error;
         EXPECT_EQ(device->closed, closes);
     }
 }
@@ -66,10 +67,10 @@ TEST(CLircTransmitterTest, ChecksTheDeviceWhenOpenedAndSendsPulsesWithCarrierDut
     const Transmission t = Pulses(3);
     transmitter.Transmit(t);
     transmitter.Transmit(t);
-    EXPECT_EQ(device->calls, (Calls{"open /dev/lirc0", "GET_FEATURES", "SET_SEND_CARRIER 38000", "SET_SEND_CARRIER 36000",
-                                    "SET_TRANSMITTER_MASK 4294967295", "SET_SEND_MODE 8", "SET_SEND_MODE 2",
-                                    "SET_TRANSMITTER_MASK 4", "SET_SEND_CARRIER 40000", "SET_SEND_DUTY_CYCLE 50",
-                                    "write 12", "SET_TRANSMITTER_MASK 4", "write 12"}));
+    EXPECT_EQ(device->calls, (Calls{"open /dev/lirc0", "GET_FEATURES", "SET_SEND_CARRIER 38000",
+                                    "SET_SEND_CARRIER 36000", "SET_TRANSMITTER_MASK 4294967295", "SET_SEND_MODE 8",
+                                    "SET_SEND_MODE 2", "SET_TRANSMITTER_MASK 4", "SET_SEND_CARRIER 40000",
+                                    "SET_SEND_DUTY_CYCLE 50", "write 12", "SET_TRANSMITTER_MASK 4", "write 12"}));
     std::vector<std::uint32_t> sent(3);
     std::memcpy(sent.data(), device->lastWrite.data(), 12);
     EXPECT_EQ(sent, t.train.durations);
@@ -78,7 +79,8 @@ TEST(CLircTransmitterTest, ChecksTheDeviceWhenOpenedAndSendsPulsesWithCarrierDut
     CLircTransmitter single("/dev/lirc0", device, kCarriers);
     device->calls.clear();
     single.Transmit(Pulses(1));
-    EXPECT_EQ(std::make_pair(single.Emitters(), device->calls), std::make_pair(1, Calls{"SET_SEND_CARRIER 40000", "write 12"}));
+    EXPECT_EQ(single.Emitters(), 1);
+    EXPECT_EQ(device->calls, (Calls{"SET_SEND_CARRIER 40000", "write 12"}));
 }
 
 // The kernel may stand in for the user-space encoder only where it sends the very same train:
@@ -120,7 +122,8 @@ TEST(CLircTransmitterTest, FailsTransmissionsWithoutRetrying) {
         CLircTransmitter transmitter("/dev/lirc0", device, kCarriers);
         fault(*device);
         device->calls.clear();
-        EXPECT_NE(Error([&] { transmitter.Transmit(Pulses(emitter)); }).find(says), std::string::npos);
+        const auto error = irtest::ErrorOf<CTransmitError>([&] { transmitter.Transmit(Pulses(emitter)); });
+        EXPECT_NE(error.find(says), std::string::npos) << error;
         EXPECT_EQ(std::count(device->calls.begin(), device->calls.end(), "write 12"), writes);
     }
 }
