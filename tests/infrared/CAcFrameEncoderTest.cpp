@@ -96,7 +96,8 @@ TEST(CAcFrameEncoderTest, TimingsMatchThePublishedTransmissionsMarkForMark) {
         const AcFrameFormat& f = codeset->frame;
         const Bytes bytes = irtest::RecordBytes(send["input"], f.bytes.size());
         const int bits = static_cast<int>(8 * f.bytes.size() - f.sections[0].skipBits);
-        const bool sizeFits = send["input"]["nbits"].isNull() ? bytes.size() == f.bytes.size() : send["input"]["nbits"].asInt() == bits;
+        const JsonValue& nbits = send["input"]["nbits"];
+        const bool sizeFits = nbits.isNull() ? bytes.size() == f.bytes.size() : nbits.asInt() == bits;
         if (!sizeFits || send["input"]["repeat"].asInt() != static_cast<int>(f.timing.repeats)) continue;
         SCOPED_TRACE(codeset->family + " " + send["source"].asString());
         PulseTrain train = CAcFrameEncoder::Encode(f, bytes, codeset->carrier, codeset->dutyCycle);
@@ -104,8 +105,8 @@ TEST(CAcFrameEncoderTest, TimingsMatchThePublishedTransmissionsMarkForMark) {
         std::vector<long> diffs;
         for (unsigned p = 0; p < send["pairs"].size(); ++p) {
             for (unsigned k = 0; k < 2 && !send["pairs"][p][k].isNull(); ++k) {
-                const std::size_t at = diffs.size();
-                diffs.push_back(at < train.durations.size() ? std::labs(train.durations[at] - send["pairs"][p][k].asInt64()) : 99);
+                const std::int64_t ours = diffs.size() < train.durations.size() ? train.durations[diffs.size()] : 0;
+                diffs.push_back(std::labs(ours - send["pairs"][p][k].asInt64()));
             }
         }
         EXPECT_EQ(std::make_tuple(train.carrier, train.dutyCycle, train.durations.size()),
@@ -147,7 +148,8 @@ TEST(CAcFrameEncoderTest, FieldKindsChecksumAndBitOrderComeFromTheDescription) {
     EXPECT_EQ(CAcFrameEncoder::BuildFrame(f, {"on", "heat", "22.5", "high"}), (Bytes{0xa1, 0xb4, 0x34, 0xc4, sum}));
     // 0xa1 most significant bit first: 1 0 1 0 0 0 0 1, then the trailer.
     EXPECT_EQ(CAcFrameEncoder::Encode(f, {0xa1}, 38000, 33).durations,
-              (std::vector<std::uint32_t>{500, 1500, 500, 500, 500, 1500, 500, 500, 500, 500, 500, 500, 500, 500, 500, 1500, 500}));
+              (std::vector<std::uint32_t>{500, 1500, 500, 500, 500, 1500, 500, 500, 500, 500, 500, 500, 500, 500, 500,
+                                          1500, 500}));
 }
 
 TEST(CAcFrameEncoderTest, RefusesStatesTheCodesetCannotExpress) {
@@ -159,7 +161,7 @@ TEST(CAcFrameEncoderTest, RefusesStatesTheCodesetCannotExpress) {
         {{"on", "cool", "nan", "auto"}, "not a number"},
     };
     for (const auto& [state, reason] : cases) {
-        const std::string error = irtest::ErrorOf<std::invalid_argument>([&] { CAcFrameEncoder::BuildFrame(f, state); });
+        const auto error = irtest::ErrorOf<std::invalid_argument>([&] { CAcFrameEncoder::BuildFrame(f, state); });
         EXPECT_NE(error.find(reason), std::string::npos) << error;
     }
 }

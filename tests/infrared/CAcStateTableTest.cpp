@@ -12,7 +12,8 @@ const auto kTable = irtest::Library({R"({"name":"T","protocol":"ac_states","stat
                                      R"("Off":{"power":"off","raw":[1]},"Cool":{"power":"on","mode":"cool","raw":[1]},)"
                                      R"("Cool_hi":{"power":"on","mode":"cool","fan":"high","raw":[1]},)"
                                      R"("Cool_22":{"power":"on","mode":"cool","setpoint":22,"raw":[1]},)"
-                                     R"("Heat_30_lo":{"power":"on","mode":"heat","setpoint":30,"fan":"low","raw":[1]}}})"});
+                                     R"("Heat_30_lo":{"power":"on","mode":"heat","setpoint":30,"fan":"low",)"
+                                     R"("raw":[1]}}})"});
 
 // The state saying most that fits is picked; a request no state fits names the nearest ones.
 TEST(CAcStateTable, PicksTheStateSayingMostThatFitsOrNamesTheNearest) {
@@ -28,14 +29,16 @@ TEST(CAcStateTable, PicksTheStateSayingMostThatFitsOrNamesTheNearest) {
     };
     for (const auto& [request, says] : cases) {
         std::string found;
-        const std::string error = irtest::ErrorOf<std::invalid_argument>([&] { found = CAcStateTable::Find(codeset, request).frame.name; });
+        const auto error =
+            irtest::ErrorOf<std::invalid_argument>([&] { found = CAcStateTable::Find(codeset, request).frame.name; });
         EXPECT_TRUE(found == says || (found.empty() && error.find(says) != std::string::npos)) << found << error;
     }
 }
 
 TEST(CAcStateTable, KeyMapListsWhatTheStatesSay) {
     EXPECT_EQ(CCodesetLibrary::KeyMapText(kTable->Codesets()[0]),
-              R"({"modes":["cool","heat"],"fan":["high","low"],"setpoint":[22,30],"states":["Off","Cool","Cool_hi","Cool_22","Heat_30_lo"]})");
+              R"({"modes":["cool","heat"],"fan":["high","low"],"setpoint":[22,30],)"
+              R"("states":["Off","Cool","Cool_hi","Cool_22","Heat_30_lo"]})");
 }
 
 }  // namespace

@@ -50,14 +50,15 @@ TEST(CCodesetsFileTest, PutsLearnedKeysKeepingEveryOtherCodesetAndKey) {
     const auto now = CCodesetLibrary::Parse(after);
     for (const Codeset& codeset : old->Codesets()) {
         if (codeset.name != "HFAN0001") {
-            EXPECT_EQ(CCodesetsFile::CodesetJson(after, codeset.name), CCodesetsFile::CodesetJson(before, codeset.name));
+            EXPECT_EQ(CCodesetsFile::CodesetJson(after, codeset.name), CCodesetsFile::CodesetJson(before, codeset.name))
+                << codeset.name;
         }
-        for (const auto& k : codeset.keys) wanted.push_back(codeset.name + " " + k.name + " " + std::to_string(k.scancode));
-        if (codeset.name == "HFAN0001") wanted.push_back("HFAN0001 light " + std::to_string(0x0420));
+        for (const auto& k : codeset.keys) wanted.push_back(codeset.name + k.name + std::to_string(k.scancode));
+        if (codeset.name == "HFAN0001") wanted.push_back("HFAN0001light" + std::to_string(0x0420));
     }
-    wanted[0] = "HFAN0001 power " + std::to_string(0x0401);
+    wanted[0] = "HFAN0001power" + std::to_string(0x0401);
     for (const Codeset& codeset : now->Codesets()) {
-        for (const auto& k : codeset.keys) keys.push_back(codeset.name + " " + k.name + " " + std::to_string(k.scancode));
+        for (const auto& k : codeset.keys) keys.push_back(codeset.name + k.name + std::to_string(k.scancode));
     }
     EXPECT_EQ(keys, wanted);
     EXPECT_EQ(irtest::FilesUnder(dir, "").size(), 2u) << "no temporary file left";
@@ -81,7 +82,8 @@ TEST(CCodesetsFileTest, RefusalsLeaveTheFileAsItWas) {
     const std::string fanFile = "{\"codesets\":[" + kFan + "]}";
     const std::string bad = R"({"name":"BAD","protocol":"nec","keys":{"power":{"code":10,"scancode":"0x10000"}}})";
     const std::tuple<std::string, std::function<void(const std::string&)>, const char*> cases[] = {
-        {ReadText(kDefault), [](auto& p) { CCodesetsFile::PutKey(p, "HFAN0001", Learned("power", 10, 1, Protocol::Rc5)); },
+        {ReadText(kDefault),
+         [](auto& p) { CCodesetsFile::PutKey(p, "HFAN0001", Learned("power", 10, 1, Protocol::Rc5)); },
          "HFAN0001 in"},
         {"{\"codesets\": [", [](auto& p) { CCodesetsFile::PutKey(p, "A", Learned("power", 10, 1)); }, "left alone"},
         {fanFile, [&](auto& p) { CCodesetsFile::PutCodesets(p, {kOther, bad}); }, "does not fit nec"},

@@ -10,7 +10,8 @@ namespace {
 const std::string kHeader = "Filetype: IR signals file\nVersion: 1\n";
 
 std::string Parsed(const char* protocol, const char* address, const char* command) {
-    return std::string("name: K\ntype: parsed\nprotocol: ") + protocol + "\naddress: " + address + "\ncommand: " + command + "\n";
+    return std::string("name: K\ntype: parsed\nprotocol: ") + protocol + "\naddress: " + address + "\ncommand: " +
+           command + "\n";
 }
 
 // Every member of a signal, to compare whole signals.
@@ -22,8 +23,9 @@ auto Members(const FlipperSignal& s) {
 // protocol's widest address and command are accepted.
 TEST(CFlipperIrFile, ReadsParsedAndRawSignalsWithTheirLinesAndWritesThemBack) {
     const auto signals = CFlipperIrFile::Parse(
-        kHeader + "#\n# a comment\nname: Power\ntype: parsed\nprotocol: NECext\naddress: 82 21 00 00\ncommand: 1F E0 00 00\n"
-                  "#\r\nname: Fan_speed\r\ntype: raw\r\nfrequency: 38000\r\nduty_cycle: 0.330000\r\ndata: 1224 443 1252\r\n",
+        kHeader + "#\n# a comment\nname: Power\ntype: parsed\nprotocol: NECext\naddress: 82 21 00 00\n"
+                  "command: 1F E0 00 00\n#\r\nname: Fan_speed\r\ntype: raw\r\nfrequency: 38000\r\n"
+                  "duty_cycle: 0.330000\r\ndata: 1224 443 1252\r\n",
         "fan.ir");
     ASSERT_EQ(signals.size(), 2u);
     const FlipperSignal power{"Power", 5, false, "NECext", 0x2182, 0xE01F, 0, 0, {}};  // little-endian bytes

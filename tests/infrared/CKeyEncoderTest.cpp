@@ -45,7 +45,8 @@ std::vector<ProtocolCase> Cases() {
     const std::vector<std::string> one = {"KEY_POWER"};
     return {
         {"nec", Protocol::Nec, Remote(32, kSpace, kNec), {{"KEY_POWER", 0x0408, NecCode(0x04, 0xfb, 0x08, 0xf7), one}}},
-        {"jvc", Protocol::Jvc, Remote(16, kSpace, "header 8400 4200\none 526 1578\nzero 526 526\nptrail 526\ngap 60000\n"),
+        {"jvc", Protocol::Jvc,
+         Remote(16, kSpace, "header 8400 4200\none 526 1578\nzero 526 526\nptrail 526\ngap 60000\n"),
          {{"KEY_POWER", 0x03c1, 0x03 | 0xc1 << 8, one}}},
         // The second frame inverts command, expansion and check bits.
         {"sharp", Protocol::Sharp, Remote(15, kPlain, "one 320 1680\nzero 320 680\nptrail 320\ngap 40000\n"),
@@ -55,7 +56,8 @@ std::vector<ProtocolCase> Cases() {
         // S2 (inverted command bit 6), toggle 0, address, 6 command bits
         {"rc5", Protocol::Rc5,
          Remote(13, "RC5|CONST_LENGTH", "one 889 889\nzero 889 889\nplead 889\ngap 113778\ntoggle_bit_mask 0x800\n"),
-         {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, one}, {"KEY_MODE", 0x1f4c, 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
+         {{"KEY_POWER", 0x0c0c, 1u << 12 | 0x0c << 6 | 0x0c, one},
+          {"KEY_MODE", 0x1f4c, 0x1f << 6 | 0x0c, {"KEY_MODE"}}}},
         // 26-bit address 0x1234567 and command 0xbeef, no complements
         {"nec42", Protocol::Nec42, Remote(42, kSpace, kNec),
          {{"KEY_POWER", 0x1234567beefULL, 0x1234567ULL | 0xbeefULL << 26, one}}},
@@ -64,7 +66,8 @@ std::vector<ProtocolCase> Cases() {
          Remote(48, kPlain, "header 3456 1728\none 432 1296\nzero 432 432\nptrail 432\ngap 130000\n"),
          {{"KEY_POWER", 0x325441001bULL, 0xf001b1403254ULL, one}}},
         // address 0xf, command 0x54, then both inverted
-        {"rca", Protocol::Rca, Remote(24, kPlain, "header 4000 4000\none 500 2000\nzero 500 1000\nptrail 500\ngap 8000\n"),
+        {"rca", Protocol::Rca,
+         Remote(24, kPlain, "header 4000 4000\none 500 2000\nzero 500 1000\nptrail 500\ngap 8000\n"),
          {{"KEY_POWER", 0xf54, 0xf | 0x54 << 4 | 0xab << 16, one}}},
         // two frames per press
         {"pioneer", Protocol::Pioneer,
