@@ -19,9 +19,9 @@ auto Members(const FlipperSignal& s) {
     return std::tie(s.name, s.raw, s.protocol, s.address, s.command, s.frequency, s.dutyCycle, s.data);
 }
 
-// Comments and CRLF lines are read; a written file reads back as the same signals; each
-// protocol's widest address and command are accepted.
-TEST(CFlipperIrFile, ReadsParsedAndRawSignalsWithTheirLinesAndWritesThemBack) {
+// Comments and CRLF lines are read; each protocol's widest address and command are accepted.
+// (Write: the exporter's tests import what it writes.)
+TEST(CFlipperIrFile, ReadsParsedAndRawSignalsWithTheirLines) {
     const auto signals = CFlipperIrFile::Parse(
         kHeader + "#\n# a comment\nname: Power\ntype: parsed\nprotocol: NECext\naddress: 82 21 00 00\n"
                   "command: 1F E0 00 00\n#\r\nname: Fan_speed\r\ntype: raw\r\nfrequency: 38000\r\n"
@@ -32,9 +32,6 @@ TEST(CFlipperIrFile, ReadsParsedAndRawSignalsWithTheirLinesAndWritesThemBack) {
     const FlipperSignal fan{"Fan_speed", 11, true, "", 0, 0, 38000, 0.33, {1224, 443, 1252}};
     EXPECT_EQ(std::make_tuple(Members(signals[0]), signals[0].line, Members(signals[1]), signals[1].line),
               std::make_tuple(Members(power), power.line, Members(fan), fan.line));
-    const auto again = CFlipperIrFile::Parse(CFlipperIrFile::Write(signals), "again.ir");
-    ASSERT_EQ(again.size(), 2u);
-    EXPECT_EQ(std::make_tuple(Members(again[0]), Members(again[1])), std::make_tuple(Members(power), Members(fan)));
     EXPECT_NO_THROW(CFlipperIrFile::Parse(kHeader + Parsed("NEC", "FF 00 00 00", "FF 00 00 00") +
                                               Parsed("RC5X", "1F 00 00 00", "7F 00 00 00") +
                                               Parsed("SIRC20", "FF 1F 00 00", "7F 00 00 00") +
@@ -50,7 +47,6 @@ TEST(CFlipperIrFile, RefusesBadFilesNamingFileAndLine) {
         {kHeader + Parsed("NEC", "00 01 00 00", "00 00 00 00"), 6, "address does not fit NEC"},
         {kHeader + Parsed("RC5", "1F 00 00 00", "40 00 00 00"), 7, "command does not fit RC5"},
         {kHeader + Parsed("Nec", "00 00 00 00", "00 00 00 00"), 5, "unknown protocol 'Nec'"},  // case-sensitive
-        {kHeader + "name: P\ntype: raw\nprotocol: NEC\n", 5, "does not belong"},
         {rawStart + "data: 500 -1 500\n", 7, "data value 2"},
         {kHeader + std::string("name: R\ntype: r\0aw\n", 20), 4, "binary"},
         {kHeader + "name: Sp\xe5" "ed\n", 3, "not UTF-8"},
