@@ -14,24 +14,20 @@ std::string Parsed(const char* protocol, const char* address, const char* comman
            command + "\n";
 }
 
-// Every member of a signal, to compare whole signals.
-auto Members(const FlipperSignal& s) {
-    return std::tie(s.name, s.raw, s.protocol, s.address, s.command, s.frequency, s.dutyCycle, s.data);
-}
-
 // Comments and CRLF lines are read; each protocol's widest address and command are accepted.
 // (Write: the exporter's tests import what it writes.)
 TEST(CFlipperIrFile, ReadsParsedAndRawSignalsWithTheirLines) {
-    const auto signals = CFlipperIrFile::Parse(
+    const auto s = CFlipperIrFile::Parse(
         kHeader + "#\n# a comment\nname: Power\ntype: parsed\nprotocol: NECext\naddress: 82 21 00 00\n"
                   "command: 1F E0 00 00\n#\r\nname: Fan_speed\r\ntype: raw\r\nfrequency: 38000\r\n"
                   "duty_cycle: 0.330000\r\ndata: 1224 443 1252\r\n",
         "fan.ir");
-    ASSERT_EQ(signals.size(), 2u);
-    const FlipperSignal power{"Power", 5, false, "NECext", 0x2182, 0xE01F, 0, 0, {}};  // little-endian bytes
-    const FlipperSignal fan{"Fan_speed", 11, true, "", 0, 0, 38000, 0.33, {1224, 443, 1252}};
-    EXPECT_EQ(std::make_tuple(Members(signals[0]), signals[0].line, Members(signals[1]), signals[1].line),
-              std::make_tuple(Members(power), power.line, Members(fan), fan.line));
+    ASSERT_EQ(s.size(), 2u);
+    // Address and command are little-endian bytes.
+    EXPECT_EQ(std::tie(s[0].name, s[0].line, s[0].raw, s[0].protocol, s[0].address, s[0].command),
+              std::make_tuple("Power", 5u, false, "NECext", 0x2182u, 0xE01Fu));
+    EXPECT_EQ(std::tie(s[1].name, s[1].line, s[1].raw, s[1].frequency, s[1].dutyCycle, s[1].data),
+              std::make_tuple("Fan_speed", 11u, true, 38000u, 0.33, std::vector<std::uint32_t>{1224, 443, 1252}));
     EXPECT_NO_THROW(CFlipperIrFile::Parse(kHeader + Parsed("NEC", "FF 00 00 00", "FF 00 00 00") +
                                               Parsed("RC5X", "1F 00 00 00", "7F 00 00 00") +
                                               Parsed("SIRC20", "FF 1F 00 00", "7F 00 00 00") +
