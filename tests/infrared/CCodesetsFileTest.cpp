@@ -45,22 +45,17 @@ TEST(CCodesetsFileTest, PutsLearnedKeysKeepingEveryOtherCodesetAndKey) {
     CCodesetsFile::PutKey(dir + "/codesets.json", "HFAN0001", Learned("light", 77, 0x0420));
     CCodesetsFile::PutKey(dir + "/codesets.json", "HFAN0001", Learned("power", 10, 0x0401));
     const std::string after = ReadText(dir + "/codesets.json");
-    std::vector<std::string> keys, wanted;
     const auto old = CCodesetLibrary::Parse(before);
     const auto now = CCodesetLibrary::Parse(after);
-    for (const Codeset& codeset : old->Codesets()) {
-        if (codeset.name != "HFAN0001") {
-            EXPECT_EQ(CCodesetsFile::CodesetJson(after, codeset.name), CCodesetsFile::CodesetJson(before, codeset.name))
-                << codeset.name;
-        }
-        for (const auto& k : codeset.keys) wanted.push_back(codeset.name + k.name + std::to_string(k.scancode));
-        if (codeset.name == "HFAN0001") wanted.push_back("HFAN0001light" + std::to_string(0x0420));
-    }
-    wanted[0] = "HFAN0001power" + std::to_string(0x0401);
     for (const Codeset& codeset : now->Codesets()) {
-        for (const auto& k : codeset.keys) keys.push_back(codeset.name + k.name + std::to_string(k.scancode));
+        if (codeset.name == "HFAN0001") continue;
+        EXPECT_EQ(CCodesetsFile::CodesetJson(after, codeset.name), CCodesetsFile::CodesetJson(before, codeset.name));
     }
-    EXPECT_EQ(keys, wanted);
+    const Codeset& fan = *now->Find("HFAN0001");
+    EXPECT_EQ(CCodesetLibrary::KeyMapText(fan),
+              R"({"power":10,"speed_up":11,"speed_down":12,"swing":13,"timer":14,"mode":76,"light":77})");
+    EXPECT_EQ(std::make_tuple(fan.FindKey(10)->scancode, fan.FindKey(11)->scancode, fan.FindKey(77)->scancode),
+              std::make_tuple(0x0401ull, old->Find("HFAN0001")->FindKey(11)->scancode, 0x0420ull));
     EXPECT_EQ(irtest::FilesUnder(dir, "").size(), 2u) << "no temporary file left";
 }
 
