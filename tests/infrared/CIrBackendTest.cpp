@@ -37,7 +37,8 @@ std::vector<std::pair<std::string, Durations>> ReadMode2(const std::string& path
 
 const char kPairing[] =
     R"({"dev_info":[{"codeset":"HHUM0003","device_index":3},{"codeset":"ZAC00005","device_index":5},)"
-    R"({"codeset":"NOSUCH","device_index":6},{"codeset":"HFAN0001","device_index":0}]})";
+    R"({"codeset":"NOSUCH","device_index":6},{"codeset":"HFAN0001","device_index":0},)"
+    R"({"codeset":"HPUR0002","device_index":2}]})";
 
 struct Fixture {
     explicit Fixture(const std::string& text = DefaultCodesetsText()) : codesets(CCodesetLibrary::Parse(text)) {}
@@ -47,8 +48,9 @@ struct Fixture {
 };
 
 // A key goes out from the codeset paired at the device index, on the emitter of that index; an
-// air-conditioner state is built from the codeset's frame description.
-TEST(CIrBackendTest, KeysAndStatesAreSentFromThePairedCodesetOnItsEmitter) {
+// air-conditioner state is built from the codeset's frame description; an RC-5 key flips its
+// toggle bit on each press, so a receiver sees a new press.
+TEST(CIrBackendTest, KeysAndStatesAreSentFromThePairedCodesetOnItsEmitterWithTheToggleFlipped) {
     Fixture f;
     const auto result = f.backend.SendKey(kPairing, 11, 3);
     ASSERT_TRUE(result.ok) << result.error;
@@ -64,6 +66,8 @@ TEST(CIrBackendTest, KeysAndStatesAreSentFromThePairedCodesetOnItsEmitter) {
     const Codeset& ac = *f.codesets->Find("ZAC00005");
     const auto decoded = CAcFrameDecoder::Decode(ac, blocks[1].second);
     EXPECT_EQ(decoded ? decoded->bytes : std::vector<std::uint8_t>(), CAcFrameEncoder::BuildFrame(ac.frame, state));
+    const auto first = f.backend.SendKey(kPairing, 10, 2).transmission.train.durations;
+    EXPECT_NE(f.backend.SendKey(kPairing, 10, 2).transmission.train.durations, first);
 }
 
 TEST(CIrBackendTest, RawKeysSendTheirDurationsAndRepeatAfterTheirGap) {
