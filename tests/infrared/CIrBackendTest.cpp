@@ -1,39 +1,24 @@
 // The IR library's path with a transmitter attached: keys, raw keys and air-conditioner states
-// go through the dry-run file and read back, and a transmission that cannot be made fails with a
+// go through the dry-run file and read back as lirc mode2 text, and a transmission that cannot be made fails with a
 // reason, writing nothing. (Every shipped key through irsimreceive: the exporter's tests.)
 #include "infrared/CIrBackend.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
+#include "FileTree.h"
 #include "IrsimReceive.h"
 #include "infrared/codeset/DefaultCodesets.h"
 #include "infrared/decode/CAcFrameDecoder.h"
 #include "infrared/decode/CFrameDecoder.h"
+#include "infrared/receive/CMode2Text.h"
 
 namespace infrared {
 namespace {
 
 using Durations = std::vector<std::uint32_t>;
 
-// The dry-run file's transmissions as (header line, durations between the lead-in and closing gaps).
-std::vector<std::pair<std::string, Durations>> ReadMode2(const std::string& path) {
-    std::vector<std::pair<std::string, Durations>> blocks;
-    std::ifstream in(path);
-    for (std::string line; std::getline(in, line);) {
-        if (line.rfind("# ", 0) == 0) {
-            blocks.emplace_back(line, Durations{});
-        } else {  // "pulse N" or "space N"; a sample before any header throws and fails the test
-            blocks.at(blocks.size() - 1).second.push_back(std::stoul(line.substr(line.find(' ') + 1)));
-        }
-    }
-    for (auto& [header, d] : blocks) {
-        EXPECT_EQ(d.front(), d.back()) << "the gap before and after " << header;
-        d = Durations(d.begin() + 1, d.end() - 1);
-    }
-    return blocks;
-}
+// The dry-run file's transmissions, one capture each.
+std::vector<Capture> Sent(const std::string& path) { return CMode2Text::Parse(irtest::ReadText(path), path); }
 
 const char kPairing[] =
     R"({"dev_info":[{"codeset":"HHUM0003","device_index":3},{"codeset":"ZAC00005","device_index":5},)"
@@ -54,17 +39,17 @@ TEST(CIrBackendTest, KeysAndStatesAreSentFromThePairedCodesetOnItsEmitterWithThe
     Fixture f;
     const auto result = f.backend.SendKey(kPairing, 11, 3);
     ASSERT_TRUE(result.ok) << result.error;
+    EXPECT_EQ(std::tie(result.transmission.codeset, result.transmission.emitter), std::make_tuple("HHUM0003", 3));
     EXPECT_EQ(static_cast<std::uint64_t>(result.onAir.count()), result.transmission.train.OnAirMicroseconds());
     const AcState state{"on", "dry", "31", "high"};
     ASSERT_TRUE(f.backend.SendAircon(kPairing, 5, state).ok);
-    const auto blocks = ReadMode2(f.file);
-    ASSERT_EQ(blocks.size(), 2u);
-    EXPECT_NE(blocks[0].first.find("codeset HHUM0003, key 11 (mist_up), emitter 3"), std::string::npos);
-    const auto frames = CFrameDecoder(f.codesets).Decode(Capture{blocks[0].second, 0, 0});
+    const auto sent = Sent(f.file);
+    ASSERT_EQ(sent.size(), 2u);
+    const auto frames = CFrameDecoder(f.codesets).Decode(sent[0]);
     ASSERT_FALSE(frames.empty());
     EXPECT_EQ(std::make_tuple(frames[0].codeset, frames[0].key), std::make_tuple("HHUM0003", "mist_up"));
     const Codeset& ac = *f.codesets->Find("ZAC00005");
-    const auto decoded = CAcFrameDecoder::Decode(ac, blocks[1].second);
+    const auto decoded = CAcFrameDecoder::Decode(ac, sent[1].durations);
     EXPECT_EQ(decoded ? decoded->bytes : std::vector<std::uint8_t>(), CAcFrameEncoder::BuildFrame(ac.frame, state));
     const auto first = f.backend.SendKey(kPairing, 10, 2).transmission.train.durations;
     EXPECT_NE(f.backend.SendKey(kPairing, 10, 2).transmission.train.durations, first);
@@ -75,7 +60,7 @@ TEST(CIrBackendTest, RawKeysSendTheirDurationsAndRepeatAfterTheirGap) {
               R"("keys":{"power":{"code":10,"raw":[3000,1500,500],"gap":30000}}}]})");
     const auto result = f.backend.SendKey(R"({"dev_info":[{"codeset":"R","device_index":2}]})", 10, 2);
     ASSERT_TRUE(result.ok) << result.error;
-    EXPECT_EQ(ReadMode2(f.file).at(0).second, (Durations{3000, 1500, 500, 30000, 3000, 1500, 500}));
+    EXPECT_EQ(Sent(f.file).at(0).durations, (Durations{3000, 1500, 500, 30000, 3000, 1500, 500}));
 }
 
 TEST(CIrBackendTest, FailsWithAReasonWritingNothingAndRefusesUnusableTransmitters) {
@@ -94,7 +79,7 @@ TEST(CIrBackendTest, FailsWithAReasonWritingNothingAndRefusesUnusableTransmitter
         const auto result = send(f.backend);
         EXPECT_FALSE(result.ok);
         EXPECT_NE(result.error.find(says), std::string::npos) << result.error;
-        EXPECT_TRUE(ReadMode2(f.file).empty()) << says;
+        EXPECT_EQ(irtest::ReadText(f.file), "") << says;
     }
     const auto codesets = CCodesetLibrary::Parse(DefaultCodesetsText());
     for (const std::string device : {"mode2:", "mode2:/nonexistent-dir/x.txt", "/nonexistent/lirc9"}) {
