@@ -1,6 +1,7 @@
 // The IR library's path with a transmitter attached: keys, raw keys and air-conditioner states
-// go through the dry-run file and read back as lirc mode2 text, and a transmission that cannot be made fails with a
-// reason, writing nothing. (Every shipped key through irsimreceive: the exporter's tests.)
+// go through the dry-run file and read back as mode2 text, and a transmission that cannot be
+// made fails with a reason, writing nothing. (Every shipped key through irsimreceive: the
+// exporter's tests.)
 #include "infrared/CIrBackend.h"
 
 #include <gtest/gtest.h>
