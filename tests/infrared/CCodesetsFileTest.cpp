@@ -22,21 +22,14 @@ const std::string kFan = R"({"name":"FAN","protocol":"nec","keys":{"power":{"cod
 const std::string kOther = R"({"name":"OTHER","protocol":"rc5","keys":{"power":{"code":10,"scancode":"0x0101"}}})";
 
 LearnedKey Learned(const std::string& name, int code, std::uint32_t scancode, Protocol protocol = Protocol::Nec) {
-    LearnedKey key;
-    key.name = name;
-    key.code = code;
-    key.protocol = protocol;
-    key.scancode = scancode;
-    return key;
+    return {name, code, protocol, scancode, {}, 0};
 }
 
 // A missing file is created; a key learned again replaces its scancode in place, a new one goes
 // last, and nothing else in the file changes.
 TEST(CCodesetsFileTest, PutsLearnedKeysKeepingEveryOtherCodesetAndKey) {
     const std::string dir = irtest::TempDir();
-    LearnedKey raw = Learned("light", 11, 0, Protocol::Raw);
-    raw.raw = {900, 450, 900};
-    raw.carrier = 36000;
+    const LearnedKey raw{"light", 11, Protocol::Raw, 0, {900, 450, 900}, 36000};
     CCodesetsFile::PutKey(dir + "/new.json", "MYLAMP", raw);
     const auto lamp = CCodesetLibrary::Parse(ReadText(dir + "/new.json"))->Codesets().at(0);
     EXPECT_EQ(std::tie(lamp.name, lamp.carrier, lamp.keys.at(0).raw), std::make_tuple("MYLAMP", 36000u, raw.raw));

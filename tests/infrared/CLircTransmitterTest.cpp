@@ -29,12 +29,7 @@ std::shared_ptr<CFakeLircDevice> Device(std::uint32_t features = kAll) {
     return device;
 }
 
-Transmission Pulses(int emitter) {
-    Transmission t;
-    t.emitter = emitter;
-    t.train = {40000, 50, {900, 450, 560}, 1000};
-    return t;
-}
+Transmission Pulses(int emitter) { return {"", "", emitter, {40000, 50, {900, 450, 560}, 1000}}; }
 
 // Opening checks every codeset's carrier and probes scancode sending; on send, carrier and duty
 // cycle are set only when they change; a device without emitter selection has one emitter.
@@ -67,11 +62,7 @@ TEST(CLircTransmitterTest, LetsTheKernelEncodeOnlySingleFrameScancodes) {
     for (const auto& [protocol, repeats, deviceTakesScancodes, kernel] : cases) {
         auto device = Device();
         device->scancodes = deviceTakesScancodes;
-        Transmission t = Pulses(1);
-        t.hasScancode = true;
-        t.protocol = protocol;
-        t.scancode = 0x0408;
-        t.repeats = repeats;
+        const Transmission t{"", "", 1, {40000, 50, {900, 450, 560}, 1000}, true, protocol, 0x0408, repeats};
         CLircTransmitter("/dev/lirc0", device, kCarriers).Transmit(t);
         lirc_scancode sent{};
         ASSERT_EQ(device->lastWrite.size(), kernel ? sizeof sent : 12u) << ProtocolName(protocol);

@@ -1,8 +1,7 @@
 #include "ImportSupport.h"
 
-#include "JsonValue.h"
 #include "infrared/CIrBackend.h"
-#include "infrared/codeset/CAcStateTable.h"
+#include "infrared/transmit/CMode2Sink.h"
 
 namespace irtest {
 
@@ -15,20 +14,18 @@ std::shared_ptr<const infrared::CCodesetLibrary> Library(const std::vector<std::
 std::vector<std::string> SendAll(const std::shared_ptr<const infrared::CCodesetLibrary>& library,
                                  const std::string& codeset, const std::string& mode2) {
     using namespace infrared;
-    CIrBackend backend(library, CIrBackend::OpenTransmitter("mode2:" + mode2, *library));
-    const std::string pairing = "{\"dev_info\":[{\"codeset\":" + common::json::JsonValue(codeset).toString() +
-                                ",\"device_index\":1}]}";
     const Codeset& found = *library->Find(codeset);
+    std::vector<const CodesetKey*> frames;
+    for (const auto& key : found.keys) frames.push_back(&key);
+    for (const auto& state : found.states) frames.push_back(&state.frame);
+    CMode2Sink sink(mode2);
     std::vector<std::string> names;
-    for (const auto& key : found.keys) {
-        names.push_back(backend.SendKey(pairing, key.code, 1).ok ? key.name : "");
-    }
-    for (const auto& state : found.states) {
-        AcState request{state.power, state.mode, state.hasSetpoint ? std::to_string(static_cast<int>(state.setpoint)) : "",
-                        state.fan};
-        const auto result = backend.SendAircon(pairing, 1, request);
-        // Several captures may say the same; the one the table picks is the one sent.
-        names.push_back(result.ok ? CAcStateTable::Find(found, request).frame.name : "");
+    bool toggle = false;
+    for (const CodesetKey* frame : frames) {
+        Transmission t{found.name, frame->name, 1, {}};
+        CIrBackend::EncodeFrame(found, *frame, toggle = !toggle, t);
+        sink.Transmit(t);
+        names.push_back(frame->name);
     }
     return names;
 }

@@ -15,8 +15,8 @@ namespace irtest {
 // A library of the given codesets-file entries (JSON texts).
 std::shared_ptr<const infrared::CCodesetLibrary> Library(const std::vector<std::string>& codesets);
 
-// Sends every key (or captured state) of `codeset` once through the dry-run file `mode2` and
-// returns the key names in order; an empty name marks a key that failed to send.
+// Sends every key (and captured state) of `codeset` once through the dry-run file `mode2`, each
+// RC-5/RC-6 press with the toggle bit flipped, and returns their names in order.
 std::vector<std::string> SendAll(const std::shared_ptr<const infrared::CCodesetLibrary>& library,
                                  const std::string& codeset, const std::string& mode2);
 
