@@ -52,12 +52,8 @@ TEST(CCodesetExporter, FlipperExportsImportBackToTheSameCodeset) {
     const std::pair<const char*, ApplianceKind> cases[] = {
         {"HFAN0001", ApplianceKind::Fan}, {"MIXED", ApplianceKind::Fan}, {"STATES", ApplianceKind::Aircon}};
     for (const auto& [name, kind] : cases) {
-        CCodesetImporter::Options options;
-        options.kindGiven = true;
-        options.kind = kind;
-        options.name = name;
         const ImportedFile report =
-            CCodesetImporter::ImportText(CCodesetExporter::ToFlipper(*library->Find(name)), "x.ir", options);
+            CCodesetImporter::ImportText(CCodesetExporter::ToFlipper(*library->Find(name)), "x.ir", {name, true, kind});
         ASSERT_EQ(report.error, "") << name;
         EXPECT_TRUE(report.refused.empty()) << name;
         const auto back = irtest::Library({report.codesets[0].json});

@@ -15,12 +15,7 @@ namespace {
 const std::string kHeader = "Filetype: IR signals file\nVersion: 1\n";
 
 ImportedFile Import(const std::string& text, ApplianceKind kind = ApplianceKind::Fan, bool recognise = false) {
-    CCodesetImporter::Options options;
-    options.kindGiven = true;
-    options.kind = kind;
-    options.recognise = recognise;
-    options.name = "MINE";
-    return CCodesetImporter::ImportText(text, "Fans/Acme/Acme_Fan.ir", options);
+    return CCodesetImporter::ImportText(text, "Fans/Acme/Acme_Fan.ir", {"MINE", true, kind, recognise});
 }
 
 std::string Raw(const std::string& name, const std::vector<std::uint32_t>& durations) {

@@ -24,17 +24,12 @@ const char kNec[] = "header 9000 4500\none 563 1688\nzero 563 563\nptrail 563\ng
 const char kRc5[] = "bits 13\nflags RC5|CONST_LENGTH\none 889 889\nzero 889 889\nplead 889\ngap 113778\n"
                     "toggle_bit_mask 0x800\n";
 
-struct Case {
-    const char* name;
-    Protocol protocol;
-    std::uint64_t scancode;
-    std::string remote;  // lircd.conf parameters: bits, flags and the published timings
-    std::vector<std::pair<std::string, std::uint64_t>> codes;  // as lircd reads them, worked out from the layout
-    std::vector<std::string> decoded;
-};
-
 TEST(CKeyEncoderTest, IrsimreceiveDecodesTheKeySentForEachProtocolFamily) {
-    const Case cases[] = {
+    // Name, protocol, scancode, the lircd.conf parameters (bits, flags and the published timings),
+    // the codes as lircd reads them (worked out from the layout), the keys irsimreceive names.
+    const std::tuple<const char*, Protocol, std::uint64_t, std::string, std::vector<std::pair<std::string, std::uint64_t>>,
+                     std::vector<std::string>>
+        cases[] = {
         {"nec", Protocol::Nec, 0x0408, "bits 32\n" + std::string(kSpace) + kNec,
          {{"POWER", NecCode(0x04, 0xfb, 0x08, 0xf7)}}, {"POWER"}},
         {"jvc", Protocol::Jvc, 0x03c1,
@@ -71,24 +66,24 @@ TEST(CKeyEncoderTest, IrsimreceiveDecodesTheKeySentForEachProtocolFamily) {
          "gap 107000\ntoggle_bit_mask 0x10000\n",
          {{"POWER", ~(1u << 20 | 0x800c) & 0x1fffff}}, {"POWER"}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, protocol, scancode, remote, codes, keys] : cases) {
+        SCOPED_TRACE(name);
         const std::string file = irtest::TempDir() + "/sent.txt";
         {
             CMode2Sink sink(file);
             Transmission t;
             t.emitter = 1;
-            t.train = CKeyEncoder::Encode(c.protocol, c.scancode, false, 0, 38000, 50);
+            t.train = CKeyEncoder::Encode(protocol, scancode, false, 0, 38000, 50);
             EXPECT_EQ(std::tie(t.train.carrier, t.train.dutyCycle), std::make_tuple(38000u, 50u));
             sink.Transmit(t);
         }
         std::ostringstream conf;
-        conf << "begin remote\nname " << c.name << "\neps 30\naeps 100\n" << c.remote << "begin codes\n" << std::hex;
-        for (const auto& [key, code] : c.codes) conf << key << " 0x" << code << "\n";
+        conf << "begin remote\nname " << name << "\neps 30\naeps 100\n" << remote << "begin codes\n" << std::hex;
+        for (const auto& [key, code] : codes) conf << key << " 0x" << code << "\n";
         conf << "end codes\nend remote\n";
         const irtest::Decoded decoded = irtest::IrsimReceive(conf.str(), file);
         ASSERT_TRUE(decoded.ran) << decoded.error;
-        EXPECT_EQ(decoded.keys, c.decoded) << decoded.output;
+        EXPECT_EQ(decoded.keys, keys) << decoded.output;
     }
 }
 
