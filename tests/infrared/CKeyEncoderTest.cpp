@@ -27,9 +27,8 @@ const char kRc5[] = "bits 13\nflags RC5|CONST_LENGTH\none 889 889\nzero 889 889\
 TEST(CKeyEncoderTest, IrsimreceiveDecodesTheKeySentForEachProtocolFamily) {
     // Name, protocol, scancode, the lircd.conf parameters (bits, flags and the published timings),
     // the codes as lircd reads them (worked out from the layout), the keys irsimreceive names.
-    const std::tuple<const char*, Protocol, std::uint64_t, std::string, std::vector<std::pair<std::string, std::uint64_t>>,
-                     std::vector<std::string>>
-        cases[] = {
+    using Codes = std::vector<std::pair<std::string, std::uint64_t>>;
+    const std::tuple<const char*, Protocol, std::uint64_t, std::string, Codes, std::vector<std::string>> cases[] = {
         {"nec", Protocol::Nec, 0x0408, "bits 32\n" + std::string(kSpace) + kNec,
          {{"POWER", NecCode(0x04, 0xfb, 0x08, 0xf7)}}, {"POWER"}},
         {"jvc", Protocol::Jvc, 0x03c1,
