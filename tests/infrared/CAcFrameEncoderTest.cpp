@@ -61,9 +61,8 @@ TEST(CAcFrameEncoderTest, PublishedStatesAgreeWithTheFramesBuiltFromTheirWordsAn
         const AcState state{power && !fields["power"].asBool() ? "off" : "on", Word(fields["mode"]), degrees.str(),
                             Word(fields["fan"])};
         Bytes built;
-        try {
-            built = CAcFrameEncoder::BuildFrame(f, state);
-        } catch (const std::invalid_argument&) {  // words the library does not have, or out of range
+        // Words the library does not have, or a set point out of its range: not comparable.
+        if (irtest::ErrorOf<std::invalid_argument>([&] { built = CAcFrameEncoder::BuildFrame(f, state); }) != "(no error)") {
             continue;
         }
         if (Read(f, published, power) == "(unreadable)") continue;  // a frame of a button the family does not send
