@@ -8,21 +8,18 @@ namespace infrared {
 namespace {
 
 const std::string kRemote =
-    "# a comment\n"
-    "begin remote\n"
-    "  name  Fan\n"
-    "  bits 16\n"
-    "  flags SPACE_ENC|CONST_LENGTH | REVERSE\n"
-    "  eps 30\n  aeps 100\n"
+    "# a comment\nbegin remote\n  name  Fan\n  bits 16\n  flags SPACE_ENC|CONST_LENGTH | REVERSE\n  eps 30\n"
+    "  aeps 100\n"
     "  header 9000 4500\n  one 560 1690\n  zero 560 560\n  ptrail 560\n  repeat 9000 2250\n"
     "  pre_data_bits 16\n  pre_data 0x10EF\n  gap 108000\n  min_repeat 1\n  toggle_bit_mask 0x0\n"
     "  frequency 38000\n  duty_cycle 33\n"
-    "  begin codes\n    KEY_POWER 0x00FF   # power\n    SPEED+ 0x807F 0x40BF\n  end codes\n"
-    "end remote\n"
+    "  begin codes\n    KEY_POWER 0x00FF   # power\n    SPEED+ 0x807F 0x40BF\n  end codes\nend remote\n"
     "begin remote\n  name Learned\n  flags RAW_CODES\n  gap 40000\n"
-    "  begin raw_codes\n    name one\n      900 450 560\n      560 560\n    name two\n      100 200 300\n  end raw_codes\n"
+    "  begin raw_codes\n    name one\n      900 450 560\n      560 560\n    name two\n      100 200 300\n"
+    "  end raw_codes\n"
     "end remote\n";
 
+// Both kinds of remote are read. (Write: the exporter's tests decode what it writes.)
 TEST(CLircdConf, ReadsCodedAndRawRemotes) {
     const auto remotes = CLircdConf::Parse(kRemote, "f.conf");
     ASSERT_EQ(remotes.size(), 2u);
@@ -34,64 +31,33 @@ TEST(CLircdConf, ReadsCodedAndRawRemotes) {
     ASSERT_EQ(r.buttons.size(), 2u);
     EXPECT_EQ(std::tie(r.buttons[1].name, r.buttons[1].line, r.buttons[1].codes),
               std::make_tuple("SPEED+", 22u, std::vector<std::uint64_t>{0x807F, 0x40BF}));
-    const LircRemote& raw = remotes[1];
-    EXPECT_EQ(raw.encoding, LircRemote::Encoding::Raw);
-    ASSERT_EQ(raw.buttons.size(), 2u);
-    EXPECT_EQ(raw.buttons[0].durations, (std::vector<std::uint32_t>{900, 450, 560, 560, 560}));
+    EXPECT_EQ(remotes[1].encoding, LircRemote::Encoding::Raw);
+    EXPECT_EQ(remotes[1].buttons.at(0).durations, (std::vector<std::uint32_t>{900, 450, 560, 560, 560}));
 }
 
-TEST(CLircdConf, WrittenFileReadsBackTheSameRemotes) {
-    const auto remotes = CLircdConf::Parse(kRemote, "f.conf");
-    const auto again = CLircdConf::Parse(CLircdConf::Write(remotes), "again.conf");
-    ASSERT_EQ(again.size(), remotes.size());
-    for (std::size_t i = 0; i < remotes.size(); ++i) {
-        const auto members = [](const LircRemote& r) {
-            std::vector<std::tuple<std::string, std::vector<std::uint64_t>, std::vector<std::uint32_t>>> buttons;
-            for (const auto& b : r.buttons) buttons.emplace_back(b.name, b.codes, b.durations);
-            return std::make_tuple(r.name, r.encoding, r.constLength, r.reverse, r.preData, r.gap, r.minRepeat,
-                                   r.repeat.pulse, r.header.pulse, r.dutyCycle, buttons);
-        };
-        EXPECT_EQ(members(again[i]), members(remotes[i]));
-    }
-}
-
-TEST(CLircdConf, RefusesHostileFilesNamingFileAndLine) {
+TEST(CLircdConf, RefusesBadFilesNamingFileAndLine) {
     const std::string head = "begin remote\n  name r\n  bits 8\n  one 500 1500\n  zero 500 500\n";  // lines 1-5
-    struct Case { std::string text; std::size_t line; const char* reason; };
+    const std::string codes = "  begin codes\n    A 1\n  end codes\nend remote\n";
     std::string manyRemotes;
-    for (std::size_t i = 0; i <= CLircdConf::kMaxRemotes; ++i) manyRemotes += head + "  begin codes\n    A 1\n  end codes\nend remote\n";
-    const Case cases[] = {
+    for (std::size_t i = 0; i <= CLircdConf::kMaxRemotes; ++i) manyRemotes += head + codes;
+    const std::tuple<std::string, std::size_t, const char*> cases[] = {
         {"", 0, "no remote"},
-        {"hello\n", 1, "begin remote"},
         {head, 5, "ends inside a remote"},
         {head + "  flags XMP\n", 6, "XMP is not supported"},
-        {head + "  colour red\n", 6, "unknown parameter"},
-        {head + "  one 500\n", 6, "takes 2"},
-        {head + "  gap -5\n", 6, "not a number"},
-        {head + "  frequency 500\n", 6, "frequency"},
-        {head + "  duty_cycle 0\n", 6, "duty_cycle"},
-        {head + "  bits 65\n", 6, "larger than 64"},
-        {head + "  pre_data_bits 60\n  begin codes\n    A 1\n  end codes\nend remote\n", 10, "exceed 64"},
+        {head + "  pre_data_bits 60\n" + codes, 10, "exceed 64"},
         {head + "  begin codes\n    A 0x100\n  end codes\nend remote\n", 7, "does not fit 8 bits"},
-        {head + "  begin codes\n  end codes\nend remote\n", 8, "no buttons"},
-        {"begin remote\n  name r\n  bits 8\n  begin codes\n    A 1\n  end codes\nend remote\n", 7, "cannot be sent"},
-        {"begin remote\n  name r\n  flags RAW_CODES\n  begin raw_codes\n    100 200\n", 5, "before the first name"},
-        {"begin remote\n  name r\n  flags RAW_CODES\n  begin raw_codes\n    name a\n    100 0 100\n", 6, "duration of 0"},
-        {"begin remote\n  name r\n  begin raw_codes\n", 3, "needs flags RAW_CODES"},
-        {"include \"/etc/passwd\"\n", 1, "include"},
-        {head + "  begin codes\n    Vol\xfc 1\n", 7, "not UTF-8"},
-        {"begin remote\n  name f\xe8te\n", 2, "not UTF-8"},
+        {"begin remote\n  name r\n  bits 8\n" + codes, 7, "cannot be sent"},
+        {"begin remote\n  name r\n  flags RAW_CODES\n  begin raw_codes\n    name a\n    100 0 1\n", 6, "duration of 0"},
         {head + std::string("  na\0me x\n", 10), 6, "binary"},
         {manyRemotes, 1 + 9 * CLircdConf::kMaxRemotes, "more than 256 remotes"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [text, line, reason] : cases) {
         try {
-            CLircdConf::Parse(c.text, "bad.conf");
-            ADD_FAILURE() << "accepted: " << c.text.substr(0, 80);
+            CLircdConf::Parse(text, "bad.conf");
+            ADD_FAILURE() << "accepted: " << reason;
         } catch (const CFormatError& e) {
-            EXPECT_EQ(e.Line(), c.line) << e.what();
-            EXPECT_NE(e.Reason().find(c.reason), std::string::npos) << e.what() << " (wanted " << c.reason << ")";
-            EXPECT_EQ(std::string(e.what()).rfind("bad.conf:", 0), 0u);
+            EXPECT_EQ(std::string(e.what()).rfind("bad.conf:" + std::to_string(line) + ": ", 0), 0u) << e.what();
+            EXPECT_NE(e.Reason().find(reason), std::string::npos) << e.what();
         }
     }
 }

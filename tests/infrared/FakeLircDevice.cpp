@@ -9,19 +9,14 @@ namespace irtest {
 namespace {
 
 std::string Name(unsigned long request) {
-    switch (request) {
-        case LIRC_GET_FEATURES: return "GET_FEATURES";
-        case LIRC_GET_MIN_TIMEOUT: return "GET_MIN_TIMEOUT";
-        case LIRC_GET_MAX_TIMEOUT: return "GET_MAX_TIMEOUT";
-        case LIRC_SET_REC_MODE: return "SET_REC_MODE";
-        case LIRC_SET_REC_TIMEOUT: return "SET_REC_TIMEOUT";
-        case LIRC_SET_MEASURE_CARRIER_MODE: return "SET_MEASURE_CARRIER_MODE";
-        case LIRC_SET_SEND_MODE: return "SET_SEND_MODE";
-        case LIRC_SET_SEND_CARRIER: return "SET_SEND_CARRIER";
-        case LIRC_SET_SEND_DUTY_CYCLE: return "SET_SEND_DUTY_CYCLE";
-        case LIRC_SET_TRANSMITTER_MASK: return "SET_TRANSMITTER_MASK";
-        default: return "ioctl?";
-    }
+    static const std::map<unsigned long, const char*> names = {
+        {LIRC_GET_FEATURES, "GET_FEATURES"}, {LIRC_GET_MIN_TIMEOUT, "GET_MIN_TIMEOUT"},
+        {LIRC_GET_MAX_TIMEOUT, "GET_MAX_TIMEOUT"}, {LIRC_SET_REC_MODE, "SET_REC_MODE"},
+        {LIRC_SET_REC_TIMEOUT, "SET_REC_TIMEOUT"}, {LIRC_SET_MEASURE_CARRIER_MODE, "SET_MEASURE_CARRIER_MODE"},
+        {LIRC_SET_SEND_MODE, "SET_SEND_MODE"}, {LIRC_SET_SEND_CARRIER, "SET_SEND_CARRIER"},
+        {LIRC_SET_SEND_DUTY_CYCLE, "SET_SEND_DUTY_CYCLE"}, {LIRC_SET_TRANSMITTER_MASK, "SET_TRANSMITTER_MASK"}};
+    const auto found = names.find(request);
+    return found != names.end() ? found->second : "ioctl?";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Test helpers for import and export: files of a folder, sending every key of a codeset through
-// the dry-run file, and decoding that file with irsimreceive.
+// Test helpers for import and export: a library of imported codesets (the files of a folder and
+// irsimreceive come with it).
 #pragma once
 
 #include <memory>
@@ -14,13 +14,5 @@ namespace irtest {
 
 // A library of the given codesets-file entries (JSON texts).
 std::shared_ptr<const infrared::CCodesetLibrary> Library(const std::vector<std::string>& codesets);
-
-// Sends every key (or captured state) of `codeset` once through the dry-run file `mode2` and
-// returns the key names in order; an empty name marks a key that failed to send.
-std::vector<std::string> SendAll(const std::shared_ptr<const infrared::CCodesetLibrary>& library,
-                                 const std::string& codeset, const std::string& mode2);
-
-// Consecutive repeats merged: the keys irsimreceive saw, one per press.
-std::vector<std::string> Presses(const std::vector<std::string>& keys);
 
 }  // namespace irtest

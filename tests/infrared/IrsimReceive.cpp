@@ -2,8 +2,6 @@
 
 #include <stdio.h>
 #include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
@@ -13,17 +11,13 @@ namespace irtest {
 std::string TempDir() {
     const char* base = std::getenv("TMPDIR");
     std::string pattern = std::string(base != nullptr ? base : "/tmp") + "/irtest.XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) return "/tmp";
-    return pattern;
+    return mkdtemp(pattern.data()) != nullptr ? pattern : "/tmp";
 }
 
 Decoded IrsimReceive(const std::string& lircdConf, const std::string& pulseFile) {
     Decoded out;
     const std::string dir = TempDir();
-    {
-        std::ofstream conf(dir + "/lircd.conf");
-        conf << lircdConf;
-    }
+    std::ofstream(dir + "/lircd.conf") << lircdConf;
     // irsimreceive writes a log file into its working directory: run it inside the scratch one.
     const std::string command = "cd '" + dir + "' && '" IRC_IRSIMRECEIVE "' lircd.conf '" + pulseFile + "' 2>&1";
     FILE* pipe = popen(command.c_str(), "r");
@@ -34,20 +28,14 @@ Decoded IrsimReceive(const std::string& lircdConf, const std::string& pulseFile)
     char buffer[512];
     while (fgets(buffer, sizeof buffer, pipe) != nullptr) out.output += buffer;
     const int status = pclose(pipe);
-    // The scratch folder (the remote and irsimreceive's log) is not needed afterwards.
     (void)std::system(("rm -rf '" + dir + "'").c_str());
-    if (status != 0) {
-        out.error = std::string(IRC_IRSIMRECEIVE " failed (install the lirc package): ") + out.output;
-        return out;
-    }
-    out.ran = true;
+    out.ran = status == 0;
+    if (!out.ran) out.error = std::string(IRC_IRSIMRECEIVE " failed (install the lirc package): ") + out.output;
     // Lines: "<code> <repeat> <key> <remote>".
-    std::istringstream lines(out.output);
-    std::string line;
-    while (std::getline(lines, line)) {
-        std::istringstream words(line);
-        std::string code, repeat, key, remote;
-        if (words >> code >> repeat >> key >> remote) out.keys.push_back(key);
+    std::istringstream lines(out.ran ? out.output : "");
+    std::string code, repeat, key, remote;
+    for (std::string line; std::getline(lines, line);) {
+        if (std::istringstream(line) >> code >> repeat >> key >> remote) out.keys.push_back(key);
     }
     return out;
 }
