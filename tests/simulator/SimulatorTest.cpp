@@ -2,15 +2,11 @@
 // getters' kind checks are pinned by the plugin's IR and property-list tests, which read them.
 #include <gtest/gtest.h>
 #include <irkt_irbl.h>
-#include <vconf.h>
 #include <vyrf.h>
 
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <memory>
-#include <thread>
 #include <utility>
 
 #include "PlatformState.h"
@@ -68,13 +64,6 @@ TEST_F(SimulatorTest, FaultsCountDown) {
     void* list = vyrf_property_list_create();
     EXPECT_NE(list, nullptr);
     vyrf_property_list_destroy(list);
-    sim::Settings::InjectFault(sim::SettingsFault::GetStr, -1);
-    sim::Settings::SetString("k", "v");
-    EXPECT_EQ(vconf_get_str("k"), nullptr);
-    EXPECT_EQ(vconf_get_str("k"), nullptr);
-    sim::Settings::ClearFaults();
-    std::unique_ptr<char, decltype(&std::free)> text(vconf_get_str("k"), &std::free);
-    EXPECT_STREQ(text.get(), "v");
 }
 
 TEST_F(SimulatorTest, SettingsSeedFromAFile) {
@@ -101,20 +90,6 @@ TEST_F(SimulatorTest, SettingsSeedFromAFile) {
         EXPECT_EQ(sim::Settings::GetInt("db/year"), 23) << line;
     }
     std::remove(path.c_str());
-}
-
-TEST_F(SimulatorTest, ConcurrentSendSetIsSafe) {
-    Captured unused;
-    void* service = vyrf_service_create(S("svc"), S("d"), nullptr, nullptr, nullptr, nullptr, &unused);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([] {
-            for (int i = 0; i < 200; ++i) sim::Host::SendSet("svc", {HostProperty::String("a", "b")});
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    vyrf_service_destroy(service);
-    EXPECT_EQ(sim::Host::LiveProperties(), 0u);
 }
 
 }  // namespace
