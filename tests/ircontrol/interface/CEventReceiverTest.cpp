@@ -63,11 +63,8 @@ protected:
 TEST_F(CEventReceiverTest, EachKnownNameIsHandedOnInListOrderAndOthersAreLogged) {
     struct Case { std::vector<std::string> names, expected; };
     const std::vector<Case> cases = {
-        {{}, {}},
         {{"setDeviceEvent", "setKeyEvent"}, {"device", "key"}},
-        {{"setKeyEvent", "volume", "setDeviceEvent"}, {"key", "volume?", "device"}},
-        {{"SetKeyEvent", "setkeyevent", "setKeyEvent "}, {"SetKeyEvent?", "setkeyevent?", "setKeyEvent ?"}},
-        {{"setKeyEvent", "setKeyEvent"}, {"key", "key"}},
+        {{"setKeyEvent", "volume", "setKeyEvent", "SetKeyEvent"}, {"key", "volume?", "key", "SetKeyEvent?"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.names));
@@ -75,7 +72,7 @@ TEST_F(CEventReceiverTest, EachKnownNameIsHandedOnInListOrderAndOthersAreLogged)
         EXPECT_EQ(Dispatches(), c.expected);
     }
     // The handed-on key events were carried out by the queue.
-    EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(4, std::chrono::seconds(10)));
+    EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(3, std::chrono::seconds(10)));
 }
 
 // Deinit stops the controller but keeps the handlers, so a late request reaches the stopped
