@@ -73,28 +73,23 @@ TEST_F(PluginRequestTest, OtherCallsAndRequestsThatCannotBeTakenInGetNoAnswer) {
     EXPECT_TRUE(sim::Log::Contains("failed to copy list"));
 }
 
-// The blaster's order follows the answers' order: the queue answers each job before the next.
+// Each transaction answered exactly once, and each host thread's answers in the order it sent.
 TEST_F(PluginRequestTest, ConcurrentHostThreadsAreAnsweredOnceEachInArrivalOrder) {
-    constexpr int kThreads = 4;
-    constexpr int kPerThread = 25;
-    std::vector<std::vector<uint64_t>> sent(kThreads);
+    std::vector<std::vector<uint64_t>> sent(3);
     std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < kPerThread; ++i) sent[t].push_back(SendFanKey(10 + i % 5));
+    for (auto& txs : sent) {
+        threads.emplace_back([&txs] {
+            for (int i = 0; i < 10; ++i) txs.push_back(SendFanKey(10 + i % 5));
         });
     }
     for (auto& thread : threads) thread.join();
-    for (const auto& txs : sent) {
-        for (auto tx : txs) ASSERT_EQ(AnswerOf(tx), kOk);
-    }
-    // Each transaction exactly once, and each thread's answers in the order it sent.
+    ASSERT_EQ(AnswerOf(SendFanKey()), kOk);  // the queue is first-in first-out: all are answered now
     std::map<uint64_t, std::size_t> position;
-    auto results = sim::Host::Results();
+    const auto results = sim::Host::Results();
     for (std::size_t i = 0; i < results.size(); ++i) {
         EXPECT_TRUE(position.emplace(results[i].transaction, i).second) << "answered twice";
     }
-    EXPECT_EQ(results.size(), static_cast<std::size_t>(kThreads * kPerThread));
+    EXPECT_EQ(results.size(), 31u);
     for (const auto& txs : sent) {
         for (std::size_t i = 1; i < txs.size(); ++i) EXPECT_LT(position.at(txs[i - 1]), position.at(txs[i]));
     }
