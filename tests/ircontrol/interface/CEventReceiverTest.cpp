@@ -44,42 +44,26 @@ std::vector<std::string> Dispatches() {
     return out;
 }
 
-// The service's queue stops for good with Deinit; ctest runs each test in its own process.
-class CEventReceiverTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
-        receiver_.Init();
-    }
-    void Handle(const std::vector<std::string>& names) {
-        sim::Log::Clear();
-        receiver_.HandleEvent(CRequest::Create(RequestType::Set, std::make_shared<NamedList>(names),
-                                               [](const std::string&, const std::string&) {}));
-    }
-    CEventReceiver receiver_;
-};
-
 // Exact names only, each handed on in list order, however often it appears; the rest logged.
-TEST_F(CEventReceiverTest, EachKnownNameIsHandedOnInListOrderAndOthersAreLogged) {
-    struct Case { std::vector<std::string> names, expected; };
-    const std::vector<Case> cases = {
-        {{"setDeviceEvent", "setKeyEvent"}, {"device", "key"}},
-        {{"setKeyEvent", "volume", "setKeyEvent", "SetKeyEvent"}, {"key", "volume?", "key", "SetKeyEvent?"}},
+// Deinit stops the controller but keeps the handlers, so a late request reaches the stopped queue
+// and is refused there, loudly, instead of vanishing.
+TEST(CEventReceiverTest, KnownNamesAreHandedOnInListOrderUntilTheStoppedQueueRefusesThem) {
+    irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
+    CEventReceiver receiver;  // its queue stops for good: ctest runs each test in its own process
+    receiver.Init();
+    const auto handle = [&](const std::vector<std::string>& names) {
+        sim::Log::Clear();
+        receiver.HandleEvent(CRequest::Create(RequestType::Set, std::make_shared<NamedList>(names),
+                                              [](const std::string&, const std::string&) {}));
+        return Dispatches();
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::PrintToString(c.names));
-        Handle(c.names);
-        EXPECT_EQ(Dispatches(), c.expected);
-    }
+    EXPECT_EQ(handle({"setDeviceEvent", "setKeyEvent"}), (std::vector<std::string>{"device", "key"}));
+    EXPECT_EQ(handle({"setKeyEvent", "volume", "setKeyEvent", "SetKeyEvent"}),
+              (std::vector<std::string>{"key", "volume?", "key", "SetKeyEvent?"}));
     // The handed-on key events were carried out by the queue.
     EXPECT_TRUE(sim::IrBlaster::WaitForTransmissions(3, std::chrono::seconds(10)));
-}
-
-// Deinit stops the controller but keeps the handlers, so a late request reaches the stopped
-// queue and is refused there, loudly, instead of vanishing.
-TEST_F(CEventReceiverTest, AfterDeinitARequestReachesTheStoppedQueueAndIsRefused) {
-    receiver_.Deinit();
-    EXPECT_THROW(Handle({"setKeyEvent"}), std::runtime_error);
+    receiver.Deinit();
+    EXPECT_THROW(handle({"setKeyEvent"}), std::runtime_error);
     EXPECT_EQ(Dispatches(), std::vector<std::string>{"key"});
     EXPECT_TRUE(sim::Log::Contains("Exception !! - Thread already finished! Can not do enqueue!!"));
 }
