@@ -55,6 +55,7 @@ TEST_F(CIRControlTest, EachKeyEventIsAnsweredAndLoggedWithItsOutcome) {
         {"not json", error, "error occured: json obj null(error:2)", ""},
         {"[1,2,3]", error, "error occured: invalid type", ""},
         {KeyPayload("oic.d.airconditioner", "ZAC", "1"), error, "error occured: ac_state_obj null(error:5)", ""},
+        {KeyPayload("OIC.D.FAN", "HFAN", "10"), error, "error occured: not supported type(error:6)", ""},
         {R"({"x.com.korvan.codesetName":"HFAN","x.com.korvan.codesetKey":10})", {},
          "there is no deviceType obj. wrong data", ""},
         {KeyPayload("oic.d.fan", "HFAN", "10"), {"ok"}, "ret of irbl_send_command_hdevice: 0", "map H HFAN; H 10 @1"},
