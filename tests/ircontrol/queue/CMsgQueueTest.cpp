@@ -20,22 +20,10 @@ protected:
     void SetUp() override { sim::ResetAll(); }
 };
 
-TEST_F(CMsgQueueTest, AThrowingJobIsLoggedAndTheNextOneRuns) {
-    CMsgQueue queue;
-    std::promise<void> ran;
-    ThreadJob throwsStd = [] { throw std::runtime_error("boom"); };
-    ThreadJob throwsInt = [] { throw 42; };
-    ThreadJob empty;
-    ThreadJob last = [&] { ran.set_value(); };
-    for (ThreadJob* job : {&throwsStd, &throwsInt, &empty, &last}) queue.EnqueueData(*job);
-    ASSERT_EQ(ran.get_future().wait_for(10s), std::future_status::ready);
-    EXPECT_TRUE(sim::Log::Contains("exception from job : boom"));
-    EXPECT_TRUE(sim::Log::Contains("[ircontrolQ] unknown exception from job"));
-}
-
-// A long job holds up no producer (a job run on the producer's own thread would hang here); the
-// stop lets it finish, discards what is queued behind it and refuses later pushes.
-TEST_F(CMsgQueueTest, ProducersGoOnBesideARunningJobAndQuitDiscardsTheQueuedOnes) {
+// A throwing job is logged and the next one runs. A long job holds up no producer (a job run on
+// the producer's own thread would hang here); the stop lets it finish, discards what is queued
+// behind it and refuses later pushes.
+TEST_F(CMsgQueueTest, ThrowingJobsAreLoggedProducersGoOnAndQuitDiscardsTheQueuedOnes) {
     auto queue = std::make_unique<CMsgQueue>();
     std::promise<void> started, release;
     std::future<void> released = release.get_future();
@@ -46,7 +34,10 @@ TEST_F(CMsgQueueTest, ProducersGoOnBesideARunningJobAndQuitDiscardsTheQueuedOnes
         released.wait();
         runningFinished = true;
     };
-    queue->EnqueueData(running);
+    ThreadJob throwsStd = [] { throw std::runtime_error("boom"); };
+    ThreadJob throwsInt = [] { throw 42; };
+    ThreadJob empty;
+    for (ThreadJob* job : {&throwsStd, &throwsInt, &empty, &running}) queue->EnqueueData(*job);
     ASSERT_EQ(started.get_future().wait_for(10s), std::future_status::ready);
     auto producer = std::async(std::launch::async, [&] {
         ThreadJob job = [&] { ++queuedRan; };
@@ -60,7 +51,8 @@ TEST_F(CMsgQueueTest, ProducersGoOnBesideARunningJobAndQuitDiscardsTheQueuedOnes
     queue.reset();  // joins the worker
     EXPECT_TRUE(runningFinished);
     EXPECT_EQ(queuedRan, 0);
-    for (const char* line : {"ESCAPE!", "before join", "after join", "Finished thread running"}) {
+    EXPECT_TRUE(sim::Log::Contains("exception from job : boom"));
+    for (const char* line : {"unknown exception from job", "ESCAPE!", "before join", "after join", "Finished thread running"}) {
         EXPECT_TRUE(sim::Log::Contains(std::string("[ircontrolQ] ") + line)) << line;
     }
 }
