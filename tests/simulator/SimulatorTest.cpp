@@ -57,15 +57,6 @@ TEST_F(SimulatorTest, SetRequestsReachTheCallbackAndResultsAreRecorded) {
     EXPECT_EQ(vyrf_service_destroy(nullptr), -1);
 }
 
-TEST_F(SimulatorTest, FaultsCountDown) {
-    sim::Host::InjectFault(sim::HostFault::ListCreate, 2);
-    EXPECT_EQ(vyrf_property_list_create(), nullptr);
-    EXPECT_EQ(vyrf_property_list_create(), nullptr);
-    void* list = vyrf_property_list_create();
-    EXPECT_NE(list, nullptr);
-    vyrf_property_list_destroy(list);
-}
-
 TEST_F(SimulatorTest, SettingsSeedFromAFile) {
     const std::string path = std::string(IRC_BINARY_DIR) + "/simulator_seed.txt";
     std::ofstream(path) << "# seed\nint db/year 23\nstring db/devices {\"dev_info\":[]}\n"
