@@ -78,23 +78,6 @@ TEST(JsonValueTest, ConversionsGiveTheirValueOrTheirRefusal) {
               "false0 double value exceed int64_t range double value exceed int32_t range");
 }
 
-TEST(JsonValueTest, ConvertibilityFollowsTheMatrix) {
-    // Columns: kNull kBool kInt kDouble kString kObject kArray, then a value above 6.
-    struct Row { std::string source; std::string expected; };
-    const std::vector<Row> rows = {
-        {"", "11111110"},  {"false", "11111000"}, {"7", "01111000"},   {"1e300", "01011000"},
-        {"{}", "10000100"}, {"[1]", "00000010"},
-    };
-    for (const auto& row : rows) {
-        const JsonValue value = Parse(row.source);
-        std::string got;
-        for (int t = 0; t <= 7; ++t) got += value.isConvertibleTo(static_cast<JsonType>(t)) ? '1' : '0';
-        EXPECT_EQ(got, row.expected) << row.source;
-    }
-    // Null-convertibility goes through asInt, so a large integer throws rather than answering.
-    EXPECT_THROW(Parse("3000000000").isConvertibleTo(kNull), JsonException);
-}
-
 // Writing through a non-const index builds containers; a const index creates nothing and answers
 // the shared null value (the plugin reads every request that way).
 TEST(JsonValueTest, IndexingBuildsOnlyWhenNotConst) {
