@@ -61,19 +61,6 @@ TEST_F(SharedJsonTest, HandlesShareNodesClonesDoNotAndSetsFromDescendantsAreSafe
     EXPECT_EQ(tree.get_int(), 1);
 }
 
-// init rewrites the shared node in place, seen through a second handle: an empty value of the
-// kind, null for no kind.
-TEST_F(SharedJsonTest, InitRewritesTheSharedNodeInPlace) {
-    SharedJson value(1LL);
-    SharedJson alias = value;
-    for (int kind = kNull; kind <= 9; ++kind) {
-        value.init(static_cast<JsonType>(kind));
-        EXPECT_EQ(alias.type(), kind <= kArray ? static_cast<JsonType>(kind) : kNull);
-    }
-    value.init(kString);
-    EXPECT_EQ(alias.to_string(false), "\"\"");
-}
-
 void* ParseDeep(void* arg) {
     auto* text = static_cast<std::string*>(arg);
     return reinterpret_cast<void*>(static_cast<intptr_t>(SharedJson::Create(*text).type()));
