@@ -86,19 +86,5 @@ TEST_F(CMsgQueueTest, StressPushesRacingTheStopAreRefusedOrDiscardedAtOnce) {
     EXPECT_EQ(leftBehind, 0) << "of " << rounds << " stops";
 }
 
-// The worker's container: a clear empties it and a close also refuses every later push (the stop
-// relies on that difference).
-TEST_F(CMsgQueueTest, InnerQueueRefusesPushesOnlyOnceClosed) {
-    CMsgQueue::MsgQueue inner("q");
-    ThreadJob job = [] {};
-    inner.Push(job);
-    inner.Clear();
-    EXPECT_TRUE(inner.IsEmpty());
-    EXPECT_TRUE(inner.Push(job));  // a clear is not a close
-    inner.Close();
-    EXPECT_FALSE(inner.Push(job));
-    EXPECT_TRUE(inner.IsEmpty());
-}
-
 }  // namespace
 }  // namespace ircontrol
