@@ -35,10 +35,8 @@ TEST_F(PluginLifecycleTest, LifecycleLinesAreErrorsAndTheRequestTraceIsInfo) {
         {"property_name: setKeyEvent", 4},
         {"codset_name: HFAN0001, codset_key: 10, oic_device_type: oic.d.fan", 4},
         {"[irkt]: codeset: HFAN0001, key: 10, online: 0", 4},
-        {"ret of irbl_send_command_hdevice: 1", 4},
         {"[resp_handler] err: ok, desc: a request has been processed successfully", 4},
         {"err: 0, property: [setKeyEvent] unregistered", 4},
-        {"err: 0, property: [setDeviceEvent] unregistered", 4},
     };
     const auto lines = sim::Log::Lines();
     for (const auto& c : cases) {
