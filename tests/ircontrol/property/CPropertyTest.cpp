@@ -11,17 +11,15 @@
 namespace ircontrol {
 namespace {
 
-CProperty P(const std::string& text) { return CProperty::Create(text); }
-
 TEST(CPropertyTest, KindsByRangeAndFailuresLoggedWithTheirFallback) {
     sim::ResetAll();
     std::string kinds;
-    for (const char* text : {"-2147483648", "2147483647", "2147483648", "4294967295", "4294967296", "-3000000000", "1.5",
-                             "true", "\"s\"", "{}", "[]", "{broken"}) {
-        kinds += std::to_string(P(text).Type());
+    for (const char* text : {"-2147483648", "2147483647", "2147483648", "4294967295", "4294967296",
+                             "-3000000000", "1.5", "true", "\"s\"", "{}", "[]", "{broken"}) {
+        kinds += std::to_string(CProperty::Create(text).Type());
     }
     EXPECT_EQ(kinds, "223344415670");
-    EXPECT_EQ(P("3000000000").AsInt(7), 7);
+    EXPECT_EQ(CProperty::Create("3000000000").AsInt(7), 7);
     EXPECT_TRUE(sim::Log::Contains("[AsInt] json exception: int64_t value exceed int32_t range"));
 }
 
