@@ -99,9 +99,16 @@ TEST_F(PluginLifecycleTest, RefusedRegistrationIsLoggedAndTheStartGoesOn) {
     EXPECT_TRUE(AnswerOf(SendFanKey()).has_value());
 }
 
-TEST_F(PluginLifecycleTest, FreshLoadAfterUnloadGivesAWorkingServiceAgain) {
+// A second start of a running service, or a second stop, only logs; after an unload a fresh
+// load of the library gives a working service again.
+TEST_F(PluginLifecycleTest, RepeatedStartsAndStopsOnlyLogAndAFreshLoadWorksAgain) {
     plugin_->Create();
+    plugin_->Create();
+    EXPECT_EQ(sim::Log::Count("\033[31malready initialized\033[0m"), 1u);
+    EXPECT_EQ(LiveServices(), 1u);
     plugin_->Destroy();
+    plugin_->Destroy();
+    EXPECT_EQ(sim::Log::Count("DEINIT!"), 1u);
     ASSERT_TRUE(plugin_->Unload());
     plugin_ = std::make_unique<PluginLoader>(IRC_PLUGIN_PATH);
     plugin_->Create();
