@@ -53,7 +53,6 @@ TEST_F(CIRControlTest, EachKeyEventIsAnsweredAndLoggedWithItsOutcome) {
     const std::vector<Case> cases = {
         {"", error, "error occured: setKeyEvent property Empty!!(error:5)", ""},
         {"not json", error, "error occured: json obj null(error:2)", ""},
-        {"[1,2,3]", error, "error occured: invalid type", ""},
         {KeyPayload("oic.d.airconditioner", "ZAC", "1"), error, "error occured: ac_state_obj null(error:5)", ""},
         {KeyPayload("OIC.D.FAN", "HFAN", "10"), error, "error occured: not supported type(error:6)", ""},
         {R"({"x.com.korvan.codesetName":"HFAN","x.com.korvan.codesetKey":10})", {},
