@@ -1,7 +1,6 @@
 // The whole road of a request through the loaded plugin: host callback, queue, IR control,
 // IR blaster, answer list.
 #include <map>
-#include <thread>
 
 #include "E2eFixture.h"
 
@@ -64,28 +63,6 @@ TEST_F(PluginRequestTest, OtherCallsAndRequestsThatCannotBeTakenInGetNoAnswer) {
     EXPECT_EQ(sim::Host::Results().size(), 1u);
     EXPECT_TRUE(sim::Log::Contains("invalid property name!"));
     EXPECT_TRUE(sim::Log::Contains("failed to copy list"));
-}
-
-// Each transaction answered exactly once, and each host thread's answers in the order it sent.
-TEST_F(PluginRequestTest, ConcurrentHostThreadsAreAnsweredOnceEachInArrivalOrder) {
-    std::vector<std::vector<uint64_t>> sent(3);
-    std::vector<std::thread> threads;
-    for (auto& txs : sent) {
-        threads.emplace_back([&txs] {
-            for (int i = 0; i < 10; ++i) txs.push_back(SendFanKey(10 + i % 5));
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    ASSERT_EQ(AnswerOf(SendFanKey()), kOk);  // the queue is first-in first-out: all are answered now
-    std::map<uint64_t, std::size_t> position;
-    const auto results = sim::Host::Results();
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        EXPECT_TRUE(position.emplace(results[i].transaction, i).second) << "answered twice";
-    }
-    EXPECT_EQ(results.size(), 31u);
-    for (const auto& txs : sent) {
-        for (std::size_t i = 1; i < txs.size(); ++i) EXPECT_LT(position.at(txs[i - 1]), position.at(txs[i]));
-    }
 }
 
 }  // namespace
