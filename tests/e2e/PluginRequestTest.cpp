@@ -37,7 +37,7 @@ TEST_F(PluginRequestTest, RegistersBothPropertiesAsJson) {
 TEST_F(PluginRequestTest, OneListWithBothNamesIsAnsweredByEachHandlerInListOrderAndOthersNever) {
     auto tx = sim::Host::SendSet(
         kService, {HostProperty::Json("setDeviceEvent", "{}"), HostProperty::String("volume", "3"),
-                   HostProperty::Json("setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", 99)),
+                   HostProperty::Json("setKeyEvent", KeyPayload("oic.d.fan", "HFAN0001", "99")),
                    HostProperty::Json("setDeviceEvent", "{}")});
     auto unknown = sim::Host::SendSet(kService, {HostProperty::Json("SetKeyEvent", "{}")});
     ASSERT_EQ(AnswerOf(SendFanKey()), kOk);

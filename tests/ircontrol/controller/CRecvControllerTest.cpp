@@ -17,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // A fan-key request; `answer` gets the error code of its answer.
-RequestSharedPtr MakeRequest(int key, std::future<std::string>* answer) {
+RequestSharedPtr MakeRequest(const std::string& key, std::future<std::string>* answer) {
     auto answered = std::make_shared<std::promise<std::string>>();
     *answer = answered->get_future();
     auto list = std::make_shared<irctest::FakePropertyList>(
@@ -35,9 +35,9 @@ TEST(CRecvControllerTest, DiscardedRequestIsReleasedWithoutAnAnswer) {
     controller.Init();
     sim::IrBlaster::SetTransmitDelay(300ms);
     std::future<std::string> first, second;
-    controller.HandleKeyEvent(MakeRequest(10, &first));
+    controller.HandleKeyEvent(MakeRequest("10", &first));
     ASSERT_TRUE(sim::IrBlaster::WaitForTransmissions(1, 10s));
-    auto queued = MakeRequest(11, &second);
+    auto queued = MakeRequest("11", &second);
     std::weak_ptr<CRequest> watch = queued;
     controller.HandleKeyEvent(std::move(queued));
     controller.Deinit();

@@ -39,17 +39,17 @@ protected:
 // is JSON but no value is the parser's own refusal (code 4).
 TEST_F(CIRDeviceTest, RecordHoldsTheRequestAsWrittenOrNamesWhatIsMissing) {
     const std::string h = "HX 11 h-keys ///0 map H HX", missing = "codeset_name obj null(error:5)";
-    const std::string fan = KeyPayload("oic.d.fan", "HX", 11);
+    const std::string fan = KeyPayload("oic.d.fan", "HX", "11");
     const std::string ac = irctest::AcPayload("ZX", "ON", "COLD", "-5", "LOW", 11);
     const std::vector<std::pair<std::string, std::string>> cases = {
         {fan, h},
-        {KeyPayload("OIC.D.AIRCONDITIONER", "HX", 11), h},
+        {KeyPayload("OIC.D.AIRCONDITIONER", "HX", "11"), h},
         {ac, "ZX 11 z-keys ON/COLD/LOW/-5 map Z ZX"},
         {"null", "json value null!(error:4)"},
         {Without(fan, "codesetName"), missing},
         {Without(fan, "codesetKey"), missing},
         {Without(fan, "deviceType"), missing},
-        {KeyPayload("oic.d.airconditioner", "ZX", 1), "ac_state_obj null(error:5)"},
+        {KeyPayload("oic.d.airconditioner", "ZX", "1"), "ac_state_obj null(error:5)"},
         // Every state member must be there, even the set point a default could stand for.
         {Without(ac, "power"), "power obj null(error:5)"},
         {Without(ac, "mode"), "mode obj null(error:5)"},
