@@ -36,41 +36,25 @@ TEST(JsonValueTest, ConversionsGiveTheirValueOrTheirRefusal) {
     struct Case { std::string source; Conversion convert; std::string expected; };
     const std::vector<Case> cases = {
         {"", AsString, ""},
-        {"", AsDouble, "0.000000"},
-        {"", AsInt64, "0"},
-        {"", AsUInt, "0"},
         {"", AsInt, "0"},
-        {"", AsBool, "false"},
         {"true", AsString, "true"},
-        {"false", AsString, "false"},
         {"true", AsDouble, "1.000000"},
-        {"true", AsInt64, "1"},
-        {"true", AsUInt, "1"},
-        {"false", AsInt, "0"},
         {"true", AsBool, "true"},
         {"42", AsString, "42"},
         {"-7", AsDouble, "-7.000000"},
         {"5000000000", AsInt64, "5000000000"},
         {"4294967295", AsUInt, "4294967295"},
         {"4294967296", AsUInt, "int64_t value exceed uint32_t range"},
-        {"-1", AsUInt, "int64_t value exceed uint32_t range"},
         {"2147483647", AsInt, "2147483647"},
-        {"-2147483648", AsInt, "-2147483648"},
         {"3000000000", AsInt, "int64_t value exceed int32_t range"},
-        {"-2147483649", AsInt, "int64_t value exceed int32_t range"},
         {"0", AsBool, "false"},
-        {"-3", AsBool, "true"},
         {"2.5", AsString, "2.500000"},
         {"-2.9", AsInt64, "-2"},
         {"9223372036854775808.0", AsInt64, "9223372036854775807"},
         {"1e19", AsInt64, "double value exceed int64_t range"},
-        {"4294967295.0", AsUInt, "4294967295"},
-        {"-1.5", AsUInt, "double value exceed int32_t range"},
         {"4294967296.0", AsUInt, "double value exceed int32_t range"},
         {"2147483647.9", AsInt, "2147483647"},
-        {"-2147483648.0", AsInt, "-2147483648"},
         {"2147483648.0", AsInt, "double value exceed int32_t range"},
-        {"-0.0", AsBool, "false"},
         {"1e-310", AsBool, "true"},
         {"\"7\"", AsString, "7"},
         {"\"7\"", AsDouble, "cannot convert to double type"},
@@ -84,31 +68,10 @@ TEST(JsonValueTest, ConversionsGiveTheirValueOrTheirRefusal) {
         SCOPED_TRACE(c.source + " -> " + c.expected);
         EXPECT_EQ(Outcome([&] { return c.convert(Parse(c.source)); }), c.expected);
     }
-    const JsonValue nan(std::numeric_limits<double>::quiet_NaN());
     // NaN fails every comparison: it must fail the range checks too, not slip through them.
-    EXPECT_EQ(AsBool(nan) + std::to_string(nan.isInt()) + " " + Outcome([&] { return AsInt64(nan); }) + " " +
-                  Outcome([&] { return AsInt(nan); }),
-              "false0 double value exceed int64_t range double value exceed int32_t range");
-}
-
-TEST(JsonValueTest, ConvertibilityFollowsTheMatrix) {
-    // Columns: kNull kBool kInt kDouble kString kObject kArray, then a value above 6.
-    struct Row { std::string source; std::string expected; };
-    const std::vector<Row> rows = {
-        {"", "11111110"},          {"false", "11111000"},   {"true", "01111000"},
-        {"0", "11111000"},         {"7", "01111000"},       {"0.0", "11111000"},
-        {"1.5", "01111000"},       {"1e300", "01011000"},   {"\"\"", "00001000"},
-        {"{}", "10000100"},        {"{\"a\":1}", "00000100"}, {"[]", "10000010"},
-        {"[1]", "00000010"},
-    };
-    for (const auto& row : rows) {
-        const JsonValue value = Parse(row.source);
-        std::string got;
-        for (int t = 0; t <= 7; ++t) got += value.isConvertibleTo(static_cast<JsonType>(t)) ? '1' : '0';
-        EXPECT_EQ(got, row.expected) << row.source;
-    }
-    // Null-convertibility goes through asInt, so a large integer throws rather than answering.
-    EXPECT_THROW(Parse("3000000000").isConvertibleTo(kNull), JsonException);
+    const JsonValue nan(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(AsBool(nan) + " " + Outcome([&] { return AsInt(nan); }), "false double value exceed int32_t range");
+    EXPECT_EQ(Outcome([&] { return AsInt64(nan); }), "double value exceed int64_t range");
 }
 
 // Writing through a non-const index builds containers; a const index creates nothing and answers
@@ -125,11 +88,14 @@ TEST(JsonValueTest, IndexingBuildsOnlyWhenNotConst) {
     value["missing"];
     EXPECT_EQ(value.toString(), R"({"a":{"b":1},"missing":null})");
     EXPECT_THROW(constant[0u], JsonException);
-    EXPECT_THROW(JsonValue("text")["a"], JsonException);
+    // A container operation on another kind is refused.
+    JsonValue text("text");
+    EXPECT_THROW(text["a"], JsonException);
+    EXPECT_EQ(Outcome([&] { text.append(JsonValue(1)); return "appended"; }), "invalid type");
 }
 
-// Child references stay valid across rehashes and resizes, copies are deep, moves leave null,
-// and a value assigned (or moved) from its own child reads it before it is gone (ASan checks).
+// Child references stay valid across rehashes and resizes, moves leave null (copies are the get
+// test's), and a value assigned (or moved) from its own child reads it before it is gone (ASan checks).
 TEST(JsonValueTest, ChildReferencesCopiesAndSelfAssignmentAreSafe) {
     JsonValue value;
     JsonValue& first = value["first"];
@@ -146,35 +112,16 @@ TEST(JsonValueTest, ChildReferencesCopiesAndSelfAssignmentAreSafe) {
     array[2u] = 5;  // a fresh child, not the dropped one
     EXPECT_EQ(array.toString(), "[1,null,5]");
 
-    JsonValue original = JsonValue::Create(R"({"list":[1,2,3]})");
-    JsonValue copy(original);
-    copy["list"][0u] = 9;
-    JsonValue moved(std::move(copy));
-    EXPECT_TRUE(copy.isNull());  // NOLINT(bugprone-use-after-move): a moved-from value is null
-    EXPECT_EQ(original["list"][0u].asInt() * 10 + moved["list"][0u].asInt(), 19);
-    copy = original;  // a moved-from value may be assigned again
-    EXPECT_TRUE(copy == original);
+    JsonValue moved(std::move(array));
+    EXPECT_TRUE(array.isNull());  // NOLINT(bugprone-use-after-move): a moved-from value is null
+    array = moved;  // and may be assigned again
+    EXPECT_TRUE(array == moved);
 
     JsonValue nested = JsonValue::Create(R"({"a":{"b":[1,2]}})");
     nested = nested["a"];
     EXPECT_EQ(nested.toString(), R"({"b":[1,2]})");
     nested = std::move(nested["b"]);
     EXPECT_EQ(nested.toString(), "[1,2]");
-}
-
-TEST(JsonValueTest, ContainerOperationsOnTheWrongKindThrowInvalidType) {
-    JsonValue text("s");
-    const std::vector<std::function<void()>> operations = {
-        [&] { text.isMember("a"); },        [&] { text.getMemberNames(); },
-        [&] { text.append(JsonValue(1)); }, [&] { text.resize(2); },
-        [&] { text.removeMember("a"); },    [&] { text.get("a", JsonValue()); },
-        [&] { text.get(0u, JsonValue()); },
-    };
-    for (const auto& operation : operations) {
-        EXPECT_EQ(Outcome([&] { operation(); return "done"; }), "invalid type");
-    }
-    EXPECT_EQ(text.size(), 0u);
-    EXPECT_FALSE(text.empty());
 }
 
 // get hands out copies or the default; append takes the value (a copy of its own element too).
@@ -184,8 +131,6 @@ TEST(JsonValueTest, GetCopiesAndAppendTakes) {
     got[0u] = 7;
     EXPECT_EQ(value["a"][0u].asInt(), 1);
     EXPECT_EQ(value.get("b", JsonValue("def")).asString() + JsonValue().get(3u, JsonValue(4)).asString(), "def4");
-    value.removeMember("a");
-    EXPECT_TRUE(value.empty());
     JsonValue list;
     JsonValue item = JsonValue::Create(R"({"k":1})");
     list.append(std::move(item));

@@ -18,16 +18,14 @@ std::string Text(JsonNode* node) {
     return text ? text.get() : "";
 }
 
-// One node of each kind, built the way the JSON handle builds them.
+// One node of each kind the rewrite treats apart (every value kind shares one payload path),
+// built the way the JSON handle builds them.
 struct Kind {
     const char* text;
     void (*build)(JsonNode*);
 };
 const Kind kKinds[] = {
     {"null", [](JsonNode* n) { json_node_init_null(n); }},
-    {"true", [](JsonNode* n) { json_node_init_boolean(n, TRUE); }},
-    {"42", [](JsonNode* n) { json_node_init_int(n, 42); }},
-    {"2.5", [](JsonNode* n) { json_node_init_double(n, 2.5); }},
     {"\"text\"", [](JsonNode* n) { json_node_init_string(n, "text"); }},
     {"{\"a\":1}", [](JsonNode* n) {
          JsonObject* object = json_object_new();
@@ -41,7 +39,7 @@ const Kind kKinds[] = {
      }},
 };
 
-// Every kind cleared and rebuilt as every other while a copy still holds the former payload
+// Each kind cleared and rebuilt as each other while a copy still holds the former payload
 // (json_node_copy shares it). Were the old pointer left in the node, the rebuild would reuse or
 // release that shared payload and the copy would change or dangle. Fails, rather than skips, on
 // any ABI whose json-glib nodes the rewrite does not recognise: there the plugin refuses to start.

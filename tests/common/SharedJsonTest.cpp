@@ -5,7 +5,6 @@
 
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "sim/Simulator.h"
 
@@ -34,22 +33,9 @@ TEST_F(SharedJsonTest, UnparsableTextGivesNullAndOneBoundedErrorLine) {
     }
 }
 
-TEST_F(SharedJsonTest, ElementsHaveTheirJsonKindsAndResizePadsWithNulls) {
-    SharedJson root = SharedJson::Create(R"([1, 2.5, true, "s", null, {}])");
-    std::vector<JsonType> types;
-    for (unsigned i = 0; i < root.array_size(); ++i) types.push_back(root[i].type());
-    EXPECT_EQ(types, (std::vector<JsonType>{kInt, kDouble, kBool, kString, kNull, kObject}));
-    EXPECT_EQ(root[6].node(), nullptr);  // past the end designates nothing
-    SharedJson arr = SharedJson::Create("[1]");
-    arr.resize(3);
-    EXPECT_EQ(arr.to_string(false), "[1,null,null]");
-    arr.resize(0);
-    EXPECT_EQ(arr.to_string(false), "[]");
-}
-
-// Handles share their node (a child handle keeps the whole tree), clones do not; a value set
-// from its own descendant reads it before the old payload goes (ASan checks).
-TEST_F(SharedJsonTest, HandlesShareNodesClonesDoNotAndSetsFromDescendantsAreSafe) {
+// Handles share their node (a child handle keeps the whole tree), clones do not; a set moves the
+// source's node in (a value set from its own descendant is the value test's).
+TEST_F(SharedJsonTest, HandlesShareNodesAndClonesDoNot) {
     SharedJson first = SharedJson::Create(R"({"a":1})");
     SharedJson copy = first;
     SharedJson clone = first.clone();
@@ -68,26 +54,6 @@ TEST_F(SharedJsonTest, HandlesShareNodesClonesDoNotAndSetsFromDescendantsAreSafe
     EXPECT_EQ(source.type(), kNull);
     target[std::string("k")].set(SharedJson("changed"));
     EXPECT_EQ(alias[std::string("k")].get_string(), "changed");
-    SharedJson tree = SharedJson::Create(R"({"a":{"b":[1,2]}})");
-    tree.set(tree[std::string("a")]);
-    EXPECT_EQ(tree.to_string(false), R"({"b":[1,2]})");
-    tree.set(tree[std::string("b")][0u]);
-    EXPECT_EQ(tree.get_int(), 1);
-}
-
-// A set rewrites the node in place, seen through a second handle (every pair of kinds is the
-// node rewrite's own test); init gives empty values, null for no kind.
-TEST_F(SharedJsonTest, SetAndInitRewriteTheSharedNodeInPlace) {
-    SharedJson value(1LL);
-    SharedJson alias = value;
-    value.set(SharedJson::Create(R"({"a":[1]})"));
-    EXPECT_EQ(alias.to_string(false), R"({"a":[1]})");
-    for (int kind = kNull; kind <= 9; ++kind) {
-        value.init(static_cast<JsonType>(kind));
-        EXPECT_EQ(alias.type(), kind <= kArray ? static_cast<JsonType>(kind) : kNull);
-    }
-    value.init(kString);
-    EXPECT_EQ(alias.to_string(false), "\"\"");
 }
 
 void* ParseDeep(void* arg) {
@@ -109,8 +75,7 @@ JsonType ParseOnSmallStack(std::string text) {
 }
 
 TEST_F(SharedJsonTest, DeeplyNestedDocumentIsRejectedOnASmallStack) {
-    const int depth = 200000;
-    EXPECT_EQ(ParseOnSmallStack(std::string(depth, '[') + std::string(depth, ']')), kNull);
+    EXPECT_EQ(ParseOnSmallStack(std::string(200000, '[') + std::string(200000, ']')), kNull);
     EXPECT_TRUE(sim::Log::Contains("failed to parse: [[[["));
     // Brackets inside strings do not count; nesting at the limit still parses.
     EXPECT_EQ(ParseOnSmallStack("[\"" + std::string(5000, '[') + "\"]"), kArray);

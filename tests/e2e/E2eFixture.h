@@ -37,7 +37,7 @@ protected:
     }
 
     static uint64_t SendFanKey(int key = 10) {
-        const auto payload = KeyPayload("oic.d.fan", "HFAN0001", key);
+        const auto payload = KeyPayload("oic.d.fan", "HFAN0001", std::to_string(key));
         return sim::Host::SendSet(kService, {sim::HostProperty::Json("setKeyEvent", payload)});
     }
 

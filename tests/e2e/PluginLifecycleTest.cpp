@@ -35,10 +35,8 @@ TEST_F(PluginLifecycleTest, LifecycleLinesAreErrorsAndTheRequestTraceIsInfo) {
         {"property_name: setKeyEvent", 4},
         {"codset_name: HFAN0001, codset_key: 10, oic_device_type: oic.d.fan", 4},
         {"[irkt]: codeset: HFAN0001, key: 10, online: 0", 4},
-        {"ret of irbl_send_command_hdevice: 1", 4},
         {"[resp_handler] err: ok, desc: a request has been processed successfully", 4},
         {"err: 0, property: [setKeyEvent] unregistered", 4},
-        {"err: 0, property: [setDeviceEvent] unregistered", 4},
     };
     const auto lines = sim::Log::Lines();
     for (const auto& c : cases) {
@@ -50,18 +48,14 @@ TEST_F(PluginLifecycleTest, LifecycleLinesAreErrorsAndTheRequestTraceIsInfo) {
         ASSERT_NE(line, lines.end());
         EXPECT_EQ(line->tag + " " + std::to_string(line->priority), "IRCONTROL " + std::to_string(c.priority));
     }
-    EXPECT_EQ(LiveServices(), 0u);
     EXPECT_THROW(SendFanKey(), std::runtime_error);  // no service takes requests any more
 }
 
 // A stop before any start only logs; the year is only logged, so an unreadable one does not
 // gate the start.
 TEST_F(PluginLifecycleTest, DestroyBeforeCreateOnlyLogsDeinitAndAnUnreadableYearDoesNotGateTheStart) {
-    sim::Log::Clear();
     EXPECT_EQ(plugin_->Destroy(), 1);
-    EXPECT_TRUE(sim::Log::Contains("Deinit"));
     EXPECT_FALSE(sim::Log::Contains("DEINIT!"));
-    EXPECT_FALSE(sim::Log::Contains("deinitialized"));
     sim::SystemInfo::SetYear(std::nullopt);
     plugin_->Create();
     EXPECT_TRUE(sim::Log::Contains("create ircontrol service plugin, year(-1)"));
@@ -74,7 +68,6 @@ TEST_F(PluginLifecycleTest, SecondStartWithinOneLoadFailsAndRollsBack) {
     sim::Log::Clear();
     EXPECT_EQ(plugin_->Create(), 1);
     EXPECT_TRUE(sim::Log::Contains("\033[31mfail to init: Thread already finished! Can not do enqueue!!\033[0m"));
-    EXPECT_TRUE(sim::Log::Contains("Exception !! - Thread already finished! Can not do enqueue!!"));
     EXPECT_TRUE(sim::Log::Contains("\033[31mneed to retry\033[0m"));
     EXPECT_EQ(LiveServices(), 0u);
     // The rollback left the core stopped, so a further start runs the whole start again.
@@ -105,16 +98,20 @@ TEST_F(PluginLifecycleTest, RefusedRegistrationIsLoggedAndTheStartGoesOn) {
     EXPECT_TRUE(AnswerOf(SendFanKey()).has_value());
 }
 
-TEST_F(PluginLifecycleTest, FreshLoadAfterUnloadGivesAWorkingServiceAgain) {
-    for (int load = 0; load < 3; ++load) {
-        SCOPED_TRACE(load);
-        if (load > 0) plugin_ = std::make_unique<PluginLoader>(IRC_PLUGIN_PATH);
-        plugin_->Create();
-        EXPECT_EQ(AnswerOf(SendFanKey()).value_or(Answer()).first, "ok");
-        plugin_->Destroy();
-        EXPECT_TRUE(plugin_->Unload());
-    }
-    plugin_.reset();
+// A second start of a running service, or a second stop, only logs; after an unload a fresh
+// load of the library gives a working service again.
+TEST_F(PluginLifecycleTest, RepeatedStartsAndStopsOnlyLogAndAFreshLoadWorksAgain) {
+    plugin_->Create();
+    plugin_->Create();
+    EXPECT_EQ(sim::Log::Count("\033[31malready initialized\033[0m"), 1u);
+    EXPECT_EQ(LiveServices(), 1u);
+    plugin_->Destroy();
+    plugin_->Destroy();
+    EXPECT_EQ(sim::Log::Count("DEINIT!"), 1u);
+    ASSERT_TRUE(plugin_->Unload());
+    plugin_ = std::make_unique<PluginLoader>(IRC_PLUGIN_PATH);
+    plugin_->Create();
+    EXPECT_EQ(AnswerOf(SendFanKey()).value_or(Answer()).first, "ok");
 }
 
 }  // namespace

