@@ -28,7 +28,7 @@ RequestSharedPtr MakeRequest(const std::string& key, std::future<std::string>* a
 }
 
 // A request queued behind a running job when the queue stops is discarded and released
-// unanswered; the running one finishes and answers.
+// unanswered; the running one, queued after the init job, finishes and answers.
 TEST(CRecvControllerTest, DiscardedRequestIsReleasedWithoutAnAnswer) {
     irctest::ResetWithPairing(R"({"dev_info":[{"codeset":"HFAN","device_index":1}]})");
     CRecvController controller;  // its queue stops for good: ctest runs each test in its own process
@@ -46,6 +46,13 @@ TEST(CRecvControllerTest, DiscardedRequestIsReleasedWithoutAnAnswer) {
     for (int i = 0; i < 500 && !watch.expired(); ++i) std::this_thread::sleep_for(10ms);
     EXPECT_TRUE(watch.expired());
     EXPECT_THROW(second.get(), std::future_error);  // its promise went unkept with it
+    std::vector<std::string> jobs;  // the init job ran first, then the one event that ran
+    for (const auto& line : sim::Log::Lines()) {
+        for (const char* job : {"  Init job", "  HandleKeyEvent"}) {
+            if (line.text.find(job) != std::string::npos) jobs.push_back(job + 2);
+        }
+    }
+    EXPECT_EQ(jobs, (std::vector<std::string>{"Init job", "HandleKeyEvent"}));
 }
 
 }  // namespace
