@@ -1,6 +1,7 @@
 // The whole road of a request through the loaded plugin: host callback, queue, IR control,
 // IR blaster, answer list.
 #include <map>
+#include <thread>
 
 #include "E2eFixture.h"
 
@@ -63,6 +64,31 @@ TEST_F(PluginRequestTest, OtherCallsAndRequestsThatCannotBeTakenInGetNoAnswer) {
     EXPECT_EQ(sim::Host::Results().size(), 1u);
     EXPECT_TRUE(sim::Log::Contains("invalid property name!"));
     EXPECT_TRUE(sim::Log::Contains("failed to copy list"));
+}
+
+// Host threads call in at once (the only test that sends requests from several threads, run
+// under ThreadSanitizer): each request is answered once, each thread's in the order it sent.
+TEST_F(PluginRequestTest, ConcurrentHostThreadsAreAnsweredOnceEachInArrivalOrder) {
+    sim::IrBlaster::SetTransmitDelay(std::chrono::milliseconds(1));  // so requests wait in the queue
+    std::vector<std::vector<uint64_t>> sent(4);
+    std::vector<std::thread> threads;
+    for (auto& txs : sent) {
+        threads.emplace_back([&txs] {
+            for (int i = 0; i < 20; ++i) txs.push_back(SendFanKey(10 + i % 5));
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    std::map<uint64_t, std::size_t> position;
+    for (const auto& txs : sent) {
+        for (const auto tx : txs) ASSERT_EQ(AnswerOf(tx), kOk);
+    }
+    const auto results = sim::Host::Results();
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        EXPECT_TRUE(position.emplace(results[i].transaction, i).second) << "answered twice";
+    }
+    for (const auto& txs : sent) {
+        for (std::size_t i = 1; i < txs.size(); ++i) EXPECT_LT(position.at(txs[i - 1]), position.at(txs[i]));
+    }
 }
 
 }  // namespace
