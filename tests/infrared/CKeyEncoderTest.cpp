@@ -1,8 +1,7 @@
 // One key of each protocol family the encoder has a path for is encoded, written through the
 // dry-run file and decoded by lirc's irsimreceive against a lircd.conf written here from the
 // protocol's published timings: the decoder must name the key that was sent, and no other. The
-// other layouts of a family (necx, nec32, sanyo, sony12/15) are held by the decoder's round trips
-// (and sony12 by a published capture).
+// other layouts of a family (necx, nec32, sanyo, sony12/15) are held by the decoder's round trips.
 #include "infrared/encode/CKeyEncoder.h"
 
 #include <gtest/gtest.h>
