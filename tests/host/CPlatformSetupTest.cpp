@@ -14,11 +14,8 @@ TEST(CPlatformSetupTest, PairingListsAreCheckedEntryByEntry) {
     const std::pair<std::string, std::string> refused[] = {
         {"{\"dev_info\":", "the pairing list is not valid JSON"},
         {"[]", "the pairing list must be a JSON object with a \"dev_info\" array"},
-        {R"({"dev_info":{}})", "the pairing list must be a JSON object with a \"dev_info\" array"},
         {R"({"dev_info":[{"codeset":"A","device_index":1},{"device_index":2}]})",
          "dev_info[1] needs a string \"codeset\" and an integer \"device_index\""},
-        {R"({"dev_info":[{"codeset":"A","device_index":"1"}]})",
-         "dev_info[0] needs a string \"codeset\" and an integer \"device_index\""},
         {R"({"dev_info":[{"codeset":"A","device_index":1099511627776}]})",
          "dev_info[0] \"device_index\" is out of range"},
     };

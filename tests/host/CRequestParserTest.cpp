@@ -36,10 +36,8 @@ TEST(CRequestParserTest, ResolvesKeyRequestsFromNamesAndCodes) {
     };
     const Case cases[] = {
         {{{"type", "fan"}, {"key", "12"}}, "oic.d.fan", "HFAN0001", 12, ""},
-        {{{"type", "oic.d.fan"}, {"key", "+12"}}, "oic.d.fan", "HFAN0001", 12, ""},
         {{{"type", "fan"}, {"key", "power"}}, "oic.d.fan", "HFAN0001", 10, "power"},
         {{{"type", "cleaner"}, {"key", "start"}}, "oic.d.robotcleaner", "HRBC0004", 39, "start"},
-        {{{"type", "humidifier"}, {"key", "mist_down"}}, "x.com.zq.d.humidifier", "HHUM0003", 12, "mist_down"},
         {{{"type", "fan"}, {"codeset", "HRBC0004"}, {"key", "home"}}, "oic.d.fan", "HRBC0004", 28, "home"},
         {{{"type", "oic.d.television"}, {"codeset", "X"}, {"key", "-2147483648"}}, "oic.d.television", "X", INT_MIN,
          ""},

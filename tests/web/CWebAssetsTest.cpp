@@ -35,24 +35,9 @@ TEST(CWebAssetsTest, ServesEachFileAsWrittenWithItsType) {
     for (const char* missing : {"", "/nothing.js", "/../CMakeLists.txt", "index.html", "/INDEX.HTML"}) {
         EXPECT_EQ(CWebAssets::Find(missing), nullptr) << missing;
     }
-}
-
-TEST(CWebAssetsTest, EveryFileThePageLoadsIsEmbedded) {
-    ASSERT_NE(CWebAssets::Find("/"), nullptr);
+    // Nothing from elsewhere: the page works without a network (that it loads whole, the
+    // browser tests show).
     const std::string html = Text(CWebAssets::Find("/"));
-    // Every local src="/..." and href="/..." (std::regex trips GCC 12's uninitialised-use
-    // warning under the sanitizers, so the attributes are found by hand).
-    int links = 0;
-    for (const std::string attribute : {"src=\"/", "href=\"/"}) {
-        for (std::size_t at = html.find(attribute); at != std::string::npos; at = html.find(attribute, at + 1)) {
-            const std::size_t start = at + attribute.size() - 1;
-            const std::string path = html.substr(start, html.find('"', start) - start);
-            EXPECT_NE(CWebAssets::Find(path), nullptr) << path;
-            ++links;
-        }
-    }
-    EXPECT_GE(links, 2);
-    // Nothing from elsewhere: the page works without a network.
     EXPECT_EQ(html.find("http://"), std::string::npos);
     EXPECT_EQ(html.find("https://"), std::string::npos);
 }
