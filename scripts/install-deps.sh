@@ -17,7 +17,6 @@ needed=(
   "libclang-rt-dev:glob:/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a"
   "valgrind:cmd:valgrind"
   "lirc:cmd:irsimreceive"
-  "lirc-compat-remotes:file:/usr/share/lirc/remotes/mceusb/lircd.conf.mceusb"
   "libsoup-3.0-dev:pc:libsoup-3.0"
   "chromium:file:/usr/bin/chromium"
   "chromium-driver:file:/usr/bin/chromedriver"
